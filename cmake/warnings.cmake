@@ -1,0 +1,8 @@
+# What every line of C and C++ in this tree is compiled with.
+add_compile_options(-Wall -Wextra -Wshadow -Wconversion -Wformat=2 -Werror)
+
+# The product itself: no exceptions, no run-time types. Tables of operations leave slots empty on purpose.
+function(movo_product target)
+    target_compile_options(${target} PRIVATE
+        $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti -Wno-missing-field-initializers>)
+endfunction()

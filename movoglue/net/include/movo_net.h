@@ -1,0 +1,8 @@
+/** The network glue of the set: the one header that an application includes. */
+#ifndef MOVO_NET_H
+#define MOVO_NET_H
+
+#include "movo_net_core.h"
+#include "movo_net_types.h"
+
+#endif
