@@ -32,7 +32,7 @@ enum {
 /** A named group of log messages. */
 typedef struct kest_debug_category kest_debug_category;
 
-/** Threshold of the whole process, `KEST_LEVEL_ERROR` until `kest_debug_init` reads another one. Read and written atomically. */
+/** Threshold of the whole process, `KEST_LEVEL_ERROR` until `kest_debug_init` reads another one; atomic access only. */
 extern int __kest_debug_min;
 
 /** The category of whoever has none of its own; never NULL. */
@@ -57,7 +57,7 @@ void kest_debug_init(const char* name);
  */
 kest_debug_category* kest_debug_category_new(const char* name, int colour, const char* description);
 
-/** Returns the name that `category` was made with; the category's own memory. NULL gives the default category's name. */
+/** Returns the name that `category` was made with, in the category's own memory; NULL means the default category. */
 const char* kest_debug_category_name(const kest_debug_category* category);
 
 /**
@@ -66,9 +66,9 @@ const char* kest_debug_category_name(const kest_debug_category* category);
  *     12.345 WARNING RECOVERY_NET_CONNECTION movo_net_fl_common ifup:42 no reply
  *
  * One message is one line, whatever it holds: line ends at its end are dropped, and any other control character
- * becomes a blank. The line goes out in one write, so that lines of different threads never mix. It is cut to 1023
- * bytes before its line end. A message that standard error does not take is lost. Never allocates and keeps `errno`.
- * The caller tests the threshold.
+ * becomes a blank. The line goes out in one write, which the kernel keeps whole on a terminal, a pipe or a file, so
+ * that lines of different threads and processes never mix. It is cut to 1023 bytes before its line end. A message that
+ * standard error does not take is lost. Never allocates and keeps `errno`. The caller tests the threshold.
  *
  * @param[in] category  NULL stands for the default category.
  * @param[in] level     One of the levels; shown as a word.

@@ -1,0 +1,119 @@
+#include "kest.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <string_view>
+#include <time.h>
+#include <unistd.h>
+
+struct kest_debug_category {
+    char name[64];
+};
+
+static kest_debug_category s_defaultCategory{"DEFAULT"};
+
+int __kest_debug_min = KEST_LEVEL_ERROR;
+kest_debug_category* KEST_CAT_DEFAULT = &s_defaultCategory;
+
+namespace {
+
+/** One line of the log in the making, on the stack so that logging never allocates. What does not fit is cut. */
+class Line {
+public:
+    __attribute__((format(printf, 2, 3))) void append(const char* format, ...)
+    {
+        va_list arguments;
+        va_start(arguments, format);
+        appendList(format, arguments);
+        va_end(arguments);
+    }
+
+    void appendList(const char* format, va_list arguments) __attribute__((format(printf, 2, 0)))
+    {
+        const std::size_t room = sizeof m_text - m_length;
+        const int wanted = std::vsnprintf(m_text + m_length, room, format, arguments);
+        if (wanted > 0) {
+            m_length += std::min(static_cast<std::size_t>(wanted), room - 1);
+        }
+    }
+
+    /** Drops the line ends at the end; inside, every control character becomes a blank. */
+    void fold()
+    {
+        while (m_length > 0 && (m_text[m_length - 1] == '\n' || m_text[m_length - 1] == '\r')) {
+            --m_length;
+        }
+        std::replace_if(
+            m_text, m_text + m_length, [](unsigned char c) { return c < ' ' || c == 0x7F; }, ' ');
+    }
+
+    /** A single write, which the kernel keeps whole for a line of this length. */
+    void write()
+    {
+        m_text[m_length++] = '\n'; // takes the place of the terminator
+        while (::write(STDERR_FILENO, m_text, m_length) == -1 && errno == EINTR) {
+            // A signal came before the first byte: nothing was written yet.
+        }
+    }
+
+private:
+    char m_text[1024];
+    std::size_t m_length = 0;
+};
+
+} // namespace
+
+static const char* levelName(int level)
+{
+    static constexpr const char* kNames[] = {"NONE", "ERROR", "WARNING", "INFO", "DEBUG", "LOG"};
+    return level >= KEST_LEVEL_NONE && level <= KEST_LEVEL_LOG ? kNames[level] : "?";
+}
+
+void kest_debug_init(const char* /*name*/)
+{
+    const char* value = std::getenv("KEST_DEBUG");
+    const std::string_view digit = value != nullptr ? value : "";
+    if (digit.size() == 1 && digit[0] >= '0' && digit[0] <= '5') {
+        __atomic_store_n(&__kest_debug_min, digit[0] - '0', __ATOMIC_RELAXED);
+    }
+}
+
+kest_debug_category* kest_debug_category_new(const char* name, int /*colour*/, const char* /*description*/)
+{
+    auto* category = static_cast<kest_debug_category*>(std::malloc(sizeof(kest_debug_category)));
+    if (category == nullptr) {
+        return KEST_CAT_DEFAULT;
+    }
+
+    (void)std::snprintf(category->name, sizeof category->name, "%s", name != nullptr ? name : "");
+    return category;
+}
+
+const char* kest_debug_category_name(const kest_debug_category* category)
+{
+    return category != nullptr ? category->name : s_defaultCategory.name;
+}
+
+void kest_debug_log(kest_debug_category* category, int level, const char* file, const char* function, int line,
+                    const char* format, ...)
+{
+    const int callersError = errno;
+    timespec now{};
+    (void)clock_gettime(CLOCK_MONOTONIC, &now);
+
+    Line text;
+    text.append("%lld.%03ld %-7s %s %s %s:%d ", static_cast<long long>(now.tv_sec), now.tv_nsec / 1'000'000L,
+                levelName(level), kest_debug_category_name(category), file, function, line);
+    errno = callersError; // for a %m in the message
+    va_list arguments;
+    va_start(arguments, format);
+    text.appendList(format, arguments);
+    va_end(arguments);
+
+    text.fold();
+    text.write();
+    errno = callersError;
+}
