@@ -1,0 +1,218 @@
+"""The virtual set as a Python object: start it, run commands in it, pull its cables, follow its log, stop it.
+
+    with VirtualSet(nics=["user"]) as tv:
+        status, output = tv.run("ip address")
+        tv.cable("eth0", False)
+        tv.log.wait_for(r"link:interface removed eth0", 5)
+
+The machine keeps nothing: its root is the cached one under a layer in memory, its ports are sockets without a name,
+and it dies with the process that started it or when its time limit is over.
+"""
+
+import base64
+import ctypes
+import json
+import os
+import pathlib
+import signal
+import socket
+import subprocess
+import threading
+import time
+
+from .log import Log
+
+REPOSITORY = pathlib.Path(__file__).resolve().parent.parent
+CACHE = pathlib.Path(
+    os.environ.get("MOVO_CACHE")
+    or pathlib.Path(os.environ.get("XDG_CACHE_HOME") or pathlib.Path.home() / ".cache") / "movo-net"
+)
+
+KERNEL_OPTIONS = "console=ttyS0 quiet panic=-1 mitigations=off random.trust_cpu=on"
+BOOT_SECONDS = 60
+
+
+class SetError(Exception):
+    """The machine could not be started, has ended, or did not answer in time."""
+
+
+class Port:
+    """One end of a socket pair whose other end QEMU holds; read by lines."""
+
+    def __init__(self):
+        self.ours, self.theirs = socket.socketpair()
+        self.lines = self.ours.makefile("rb")
+
+    def send(self, line: bytes):
+        self.ours.sendall(line + b"\n")
+
+    def read(self, seconds: float) -> bytes:
+        self.ours.settimeout(seconds)
+        try:
+            line = self.lines.readline()
+        except TimeoutError:
+            raise SetError(f"the virtual set did not answer within {seconds:.0f} s") from None
+        except ConnectionError:
+            line = b""
+        if not line:
+            raise SetError("the virtual set has ended")
+        return line
+
+
+class VirtualSet:
+    """One machine.
+
+    nics   What each of eth0, eth1, ... is plugged into: "user" is a home network made by QEMU (DHCP server, gateway
+           and resolver at 10.0.2.2 and 10.0.2.3), "cable" is a cable whose far end is the interface "far" in the
+           machine's network namespace cable0, cable1, ...
+    limit  Seconds after which the machine is killed, whatever it does.
+    """
+
+    def __init__(self, nics=("user",), limit=300, folder=CACHE / "set"):
+        self.nics = list(nics)
+        self.limit = limit
+        self.folder = folder
+        self.log = Log()
+        self.console = Log()
+        self._qemu = None
+        self._timer = None
+        self._started = 0.0
+        self._commands, self._monitor = Port(), Port()
+
+    def __enter__(self):
+        self.start()
+        return self
+
+    def __exit__(self, *_):
+        self.stop()
+
+    def start(self):
+        """Boots the machine and returns when it takes commands."""
+        log, console = Port(), Port()
+        ports = [log, console, self._commands, self._monitor]
+        self._started = time.monotonic()
+        try:
+            self._qemu = subprocess.Popen(
+                self._command_line(*(port.theirs.fileno() for port in ports)),
+                pass_fds=[port.theirs.fileno() for port in ports],
+                stdin=subprocess.DEVNULL,
+                stdout=subprocess.DEVNULL,
+                stderr=subprocess.PIPE,
+                preexec_fn=_die_with_parent,
+            )
+        except FileNotFoundError:
+            raise SetError("qemu-system-x86_64 is missing; ./run installs it (package qemu-system-x86)") from None
+        for port in ports:
+            port.theirs.close()
+        self._timer = threading.Timer(self.limit, self._qemu.kill)
+        self._timer.daemon = True
+        self._timer.start()
+        self.console.follow(console.lines)
+        self.log.follow(log.lines)
+        self._monitor_hello()
+        try:
+            self._commands.read(BOOT_SECONDS)
+        except SetError as error:
+            self.stop()
+            raise SetError(f"{error}; its last words:\n" + "\n".join(self.console.lines[-15:])) from None
+
+    def stop(self):
+        """Ends the machine at once; nothing of it remains."""
+        if self._qemu:
+            self._timer.cancel()
+            self._qemu.kill()
+            self._qemu.wait()
+            self._qemu.stderr.close()
+
+    def run(self, command, seconds=20):
+        """Runs a shell command in the machine; returns its exit status and what it printed on both outputs."""
+        status, output = self._ask(command, seconds)
+        return status, output.decode(errors="replace")
+
+    def check(self, command, seconds=20):
+        """Runs a command that has to succeed; returns what it printed."""
+        status, output = self.run(command, seconds)
+        if status:
+            raise SetError(f"{command!r} ended with status {status}: {output.strip()}")
+        return output
+
+    def read(self, path) -> bytes:
+        """Brings a file of the machine back."""
+        status, content = self._ask(f"cat '{path}'", 20)
+        if status:
+            raise SetError(content.decode(errors="replace").strip())
+        return content
+
+    def spawn(self, command):
+        """Starts a command in a session of its own, its output in the log; returns its process id."""
+        return int(self.check(f"setsid sh -c {_quoted('exec ' + command)} > /run/log 2>&1 & echo $!"))
+
+    def cable(self, nic, plugged):
+        """Plugs the NIC's cable in or pulls it out."""
+        self._monitor.send(json.dumps(
+            {"execute": "set_link", "arguments": {"name": nic, "up": plugged}}).encode())
+        self._monitor_answer()
+
+    def clock(self):
+        """The machine's monotonic time in seconds, as the daemon's log shows it."""
+        return float(self.read("/proc/uptime").split()[0])
+
+    def _ask(self, command, seconds):
+        self._commands.send(b"%d %s" % (seconds, base64.b64encode(command.encode())))
+        status, _, output = self._commands.read(seconds + 5).partition(b" ")
+        return int(status), base64.b64decode(output)
+
+    def _monitor_hello(self):
+        try:
+            self._monitor.read(10)
+        except SetError:
+            self._qemu.kill()
+            message = self._qemu.stderr.read().decode(errors="replace").strip()
+            raise SetError(f"QEMU does not start: {message}") from None
+        self._monitor.send(b'{"execute": "qmp_capabilities"}')
+        self._monitor_answer()
+
+    def _monitor_answer(self):
+        while True:
+            answer = json.loads(self._monitor.read(10))
+            if "error" in answer:
+                raise SetError(answer["error"]["desc"])
+            if "return" in answer:
+                return
+
+    def _command_line(self, log, console, commands, monitor):
+        line = [
+            "qemu-system-x86_64", "-nodefaults", "-no-user-config", "-display", "none", "-no-reboot",
+            "-machine", "pc", "-accel", "tcg,thread=multi", "-cpu", "max", "-smp", "2", "-m", "384",
+            "-kernel", f"{self.folder}/vmlinuz", "-initrd", f"{self.folder}/initrd", "-append", KERNEL_OPTIONS,
+            "-chardev", f"socket,id=console,fd={console}", "-serial", "chardev:console",
+            "-chardev", f"socket,id=monitor,fd={monitor}", "-mon", "chardev=monitor,mode=control",
+            "-device", "virtio-serial-pci",
+        ]
+        for name, descriptor in (("log", log), ("command", commands)):
+            line += ["-chardev", f"socket,id={name},fd={descriptor}",
+                     "-device", f"virtserialport,chardev={name},name={name}"]
+        for tag, path in (("root", self.folder / "root"), ("movo", REPOSITORY)):
+            line += ["-fsdev", f"local,id={tag},path={path},security_model=none,readonly=on,multidevs=remap",
+                     "-device", f"virtio-9p-pci,fsdev={tag},mount_tag={tag}"]
+        for number, plug in enumerate(self.nics):
+            line += _nic(number, plug)
+        return line
+
+
+def _nic(number, plug):
+    network = {"user": "user,restrict=on", "cable": f"hubport,hubid={number}"}[plug]
+    line = ["-netdev", f"{network},id=net{number}",
+            "-device", f"e1000,id=eth{number},netdev=net{number},romfile="]
+    if plug == "cable":
+        line += ["-netdev", f"hubport,hubid={number},id=far{number}",
+                 "-device", f"virtio-net-pci,netdev=far{number},romfile=,mac=52:54:00:ff:00:{number:02x}"]
+    return line
+
+
+def _die_with_parent():
+    ctypes.CDLL(None).prctl(1, signal.SIGKILL)    # PR_SET_PDEATHSIG
+
+
+def _quoted(text):
+    return "'" + text.replace("'", "'\\''") + "'"
