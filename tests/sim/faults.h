@@ -1,0 +1,84 @@
+/** Calls of the product that the simulated set lets fail. */
+#ifndef SIM_FAULTS_H
+#define SIM_FAULTS_H
+
+#include <cerrno>
+#include <cstddef>
+#include <string>
+
+namespace sim {
+/** The calls of the product that can be made to fail. Look-alikes share a value: unlink and remove, send and sendto. */
+enum class Call {
+    Open,
+    Close,
+    Read,
+    Write,
+    Lseek,
+    Fsync,
+    Mkfifo,
+    Unlink,
+    Rename,
+    Access,
+    Stat,
+    Fopen,
+    Fclose,
+    Popen,
+    System,
+    Kill,
+    Socket,
+    Ioctl,
+    Send,
+    Recv,
+    IfIndexToName,
+    Select,
+    Sleep,
+    ThreadCreate,
+    MutexAttrInit,
+    MutexAttrSetType,
+    MutexInit,
+    MutexLock,
+    MutexTryLock,
+    Malloc,
+    Calloc,
+    Strdup,
+    Vasprintf,
+};
+
+/** Whose call: the test's own, the event loop's, another one that the product created, or any other. */
+enum class ThreadKind { Test, Loop, Product, Other, Any };
+
+/**
+ * What fails, and how. Counting starts when the fault is set, and counts only the calls that match.
+ *
+ *     set.fail({.call = Call::Socket, .error = EMFILE});                                  // every one from now on
+ *     set.fail({.call = Call::Ioctl, .code = SIOCGMIIREG, .nth = 2, .error = EIO});       // the second, once
+ *     set.fail({.call = Call::Open, .on = "/etc/resolv.conf", .error = EACCES});
+ *     set.fail({.call = Call::Read, .on = "/tmp/dhcpnotify.pipe.eth0", .nth = 1, .bytes = 3});   // a short read
+ *     set.fail({.call = Call::System, .on = "chmod", .nth = 1});                          // no shell: -1
+ *     set.fail({.call = Call::MutexLock, .object = &movonet::ifaceListLock, .size = sizeof(movonet::ifaceListLock)});
+ *
+ * Calls that tell their error by the return value (pthread) return `error`, the others set errno to it.
+ */
+struct Fault {
+    Call call;
+    /** Beginning of the path or command; for a descriptor, of what it was opened on. Empty: any. */
+    std::string on = {};
+    /** Code of the ioctl; 0: any. */
+    unsigned long code = 0;
+    /** Object in which the mutex lies, and its size; NULL: any mutex. */
+    const void* object = nullptr;
+    std::size_t size = 0;
+    ThreadKind thread = ThreadKind::Any;
+    /** Which matching call is the first to fail, from 1 on; 0: every one, for good. */
+    int nth = 0;
+    /** How many fail from the nth on. */
+    int times = 1;
+    int error = EIO;
+    /** For Read, Write, Send and Recv: transfer at most so many bytes instead of failing. -1: fail. */
+    int bytes = -1;
+    /** A fault that no call ran into fails the test at the set's end, unless it may miss. */
+    bool mayMiss = false;
+};
+} // namespace sim
+
+#endif

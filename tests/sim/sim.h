@@ -1,0 +1,177 @@
+/**
+ * The simulated set: a television in one process, for unit tests and stories.
+ *
+ * A test executable made with `movo_sim_test` (tests/CMakeLists.txt) holds the product with its libc calls renamed:
+ * while a `sim::Set` lives they act on a simulated machine, and the test owns time. The test's own libc calls stay what
+ * they are. One Set per process; ctest runs each test in a process of its own.
+ *
+ *     TEST(Boot, CableIn)
+ *     {
+ *         sim::Set set;                          // lo and eth0, cable out, nothing started
+ *         set.cable("eth0").plug();
+ *         ASSERT_EQ(set.start(), 0);             // Movo_NET_Glue_Init with a callback installed from its first step on
+ *         EXPECT_RAN(set, "netcfg eth0 up");
+ *         set.dhcp("eth0").leases();
+ *         EXPECT_CALLBACKS(set, {{IFFOUND, "eth0"}, {IPCHANGED, "eth0"}, {DHCP_SUCCESS, "eth0"}});
+ *         set.cable("eth0").pull();
+ *         set.grantTicks(10);                    // one second passes; the loop is quiet again
+ *         EXPECT_LOGGED(set, KEST_LEVEL_ERROR, "movo_net_fg", "OnLinkStatusEventRev", "link:interface removed eth0\n");
+ *     }                                          // the set stops the glue and checks what the product left behind
+ *
+ * At its end the set fails the test when the product closed a descriptor that was not its own, opened one that is not
+ * close-on-exec, signalled pid 0 or below, waited for input that cannot come, or did not run into a fault that was set.
+ */
+#ifndef SIM_SIM_H
+#define SIM_SIM_H
+
+#include "sim/expect.h"
+#include "sim/faults.h"
+#include "sim/machine.h"
+#include "sim/netlink.h"
+#include "sim/records.h"
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace sim {
+class Set {
+public:
+    /** With a seed other than 0, threads yield at their calls so that each seed gives another interleaving. */
+    explicit Set(unsigned seed = 0);
+    ~Set();
+    Set(const Set&) = delete;
+    Set& operator=(const Set&) = delete;
+
+    // --- The machine ---
+
+    Cable cable(const std::string& ifname) { return Cable(ifname); }
+    Iface iface(const std::string& name) { return Iface(name); }
+    /** Adds an interface with a PHY and its cable out; its MAC is made up from its index. */
+    Iface addIface(const std::string& name);
+    DhcpClient dhcp(const std::string& ifname) { return DhcpClient(ifname); }
+    /** The process with that pid; it is brought to life if it was not there. */
+    Process process(int pid);
+    CommandRule onCommand(const std::string& beginning);
+    /** What `bdconf -p` prints; at first "mac=02:00:00:00:00:01\n". */
+    void boardPrints(const std::string& output) { onCommand("bdconf -p").prints(output); }
+
+    void addDefaultRoute(const std::string& ifname, const std::string& gateway);
+    /** The default routes of the main table, like "10.0.2.2 dev eth0". */
+    std::vector<std::string> defaultRoutes() const;
+    /** Any route, for instance of another table; see sim/netlink.h. */
+    void addRoute(const Route& route);
+    /** The next dump is answered with these datagrams instead of the routing table, whatever they hold. */
+    void answerDump(std::vector<std::string> datagrams);
+
+    // --- Files, by the paths that the product uses ---
+
+    /** Replaces the file, making folders; a kernel table so written is not rendered any more. */
+    void write(const std::string& path, const std::string& contents);
+    std::string read(const std::string& path) const;
+    bool exists(const std::string& path) const;
+    /** Removes a file, or a folder with all it holds. */
+    void remove(const std::string& path);
+    /** Where the path really is, for whatever else a test wants to do with it. */
+    std::string real(const std::string& path) const;
+
+    // --- Time and threads ---
+
+    /** Virtual milliseconds since the set's start. Sleeping adds to it at once; the loop's idle waits when granted. */
+    std::int64_t clock() const;
+    /** Lets so many of the loop's waits pass idle; returns when every product thread has ended or waits again. */
+    void grantTicks(int count = 1);
+    /** Returns when every product thread has ended or waits, and the loop has taken all input that there is. */
+    void settle();
+    /** From now on a product thread other than the test's that sleeps so long stays asleep until `wake`; 0: none. */
+    void holdSleeps(int atLeastMs);
+    /** Lets the sleeper go on and settles; false when nobody sleeps. */
+    bool wake();
+    /** The loop thread does not begin before `releaseLoopThread`, or before the product waits for it to have begun. */
+    void holdLoopThread();
+    void releaseLoopThread();
+    /** Runs `body` on a tracked thread: `settle` waits for it too. Joined at the set's end at the latest. */
+    void background(std::function<void()> body);
+    /** Waits until all bodies given to `background` have ended. */
+    void joinBackground();
+    /** Threads of the product that live. */
+    int liveThreads() const;
+
+    // --- The glue ---
+
+    /** `Movo_NET_Glue_Init` with the callback recorder installed from inside its first look; `settle`s unless it
+     * failed. */
+    int start();
+    /** `Movo_NET_Glue_Exit`. */
+    int stop();
+    /** For tests of single modules: the event loop alone, running and settled. Ended by the set. */
+    void startLoop();
+    void stopLoop();
+    /** Installs the recorder now; `start` does it by itself. */
+    void recordCallbacks();
+    /** Also called on each callback, on its thread, after it was recorded; nothing of the set is locked. */
+    void onCallback(std::function<void(MovoNetCBReason_e, void*)> action);
+
+    // --- Faults ---
+
+    /** Returns a number for `hits`. */
+    int fail(const Fault& fault);
+    /** Taking this mutex fails from now on. */
+    template <typename Lock>
+    int failLock(const Lock& lock, int nth = 0)
+    {
+        const int number =
+            fail({.call = Call::MutexLock, .object = &lock, .size = sizeof(lock), .nth = nth, .error = EINVAL});
+        (void)fail({.call = Call::MutexTryLock,
+                    .object = &lock,
+                    .size = sizeof(lock),
+                    .nth = nth,
+                    .error = EINVAL,
+                    .mayMiss = true});
+        return number;
+    }
+    /** How often it struck. */
+    int hits(int fault) const;
+    /** Takes all faults away; those that never struck fail the test. */
+    void clearFaults();
+
+    // --- What happened ---
+
+    std::vector<Command> commands() const;
+    std::vector<LogLine> log() const;
+    std::vector<Called> callbacks() const;
+    std::vector<Signal> signals() const;
+    /** Product descriptors that are open, each as the call that opened it, oldest first. */
+    std::vector<std::string> openDescriptors() const;
+    /** Forgets commands, log, callbacks and signals. */
+    void forget();
+
+    /** The answers behind the EXPECT_ macros of sim/expect.h. */
+    testing::AssertionResult ran(const std::string& command) const;
+    testing::AssertionResult ranInOrder(const std::vector<std::string>& commands) const;
+    testing::AssertionResult logged(int level, const std::string& module, const std::string& function,
+                                    const std::string& text) const;
+    testing::AssertionResult calledBack(const std::vector<Called>& expected);
+};
+
+/** Runs `body` in a child of this process and returns its exit status: 0, 1 after a failed expectation, -1 when it was
+ * killed. */
+int forkedRun(const std::function<void()>& body);
+
+/** What goes to standard output while it lives. */
+class CapturedOutput {
+public:
+    CapturedOutput();
+    ~CapturedOutput();
+    CapturedOutput(const CapturedOutput&) = delete;
+    CapturedOutput& operator=(const CapturedOutput&) = delete;
+
+    std::string text() const;
+
+private:
+    int m_saved;
+    int m_file;
+};
+} // namespace sim
+
+#endif
