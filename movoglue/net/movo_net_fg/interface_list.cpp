@@ -1,0 +1,61 @@
+#include "movo_net_fg/fg.h"
+#include "support/log.h"
+
+#include <cstring>
+
+using namespace movonet;
+
+namespace {
+constexpr LogModule kLog{"movo_net_fg", &movoglue_net_debug};
+
+/** Records taken off the list, chained through `next`: who walks without the lock may still stand on one of them. */
+MovoNetIface_t* s_pRetired; // guarded by ifaceListLock
+} // namespace
+
+namespace movonet {
+Mutex updateIfListLock{Mutex::Kind::Plain};
+Mutex ifaceListLock{Mutex::Kind::Recursive};
+MovoNetIface_t* s_pInterfaces;
+
+void appendInterface(MovoNetIface_t* iface)
+{
+    MovoNetIface_t** link = &s_pInterfaces;
+    while (*link != nullptr) {
+        link = &(*link)->next;
+    }
+    set(*link, iface);
+}
+
+MovoNetIface_t* takeHeadInterface()
+{
+    MovoNetIface_t* head = s_pInterfaces;
+    if (head != nullptr) {
+        set(s_pInterfaces, head->next);
+    }
+    return head;
+}
+
+void retireInterface(MovoNetIface_t* iface)
+{
+    set(iface->next, s_pRetired);
+    s_pRetired = iface;
+}
+} // namespace movonet
+
+MovoNetIface_t* FindInterface(const char* ifname)
+{
+    const ScopedLock lock(ifaceListLock);
+    if (!lock) {
+        NET_ERROR("lock mutex failed\n");
+        return nullptr;
+    }
+    if (ifname == nullptr) {
+        return nullptr;
+    }
+    for (MovoNetIface_t* iface = firstInterface(); iface != nullptr; iface = nextInterface(iface)) {
+        if (std::strcmp(iface->name, ifname) == 0) {
+            return iface;
+        }
+    }
+    return nullptr;
+}

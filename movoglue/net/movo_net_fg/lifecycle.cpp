@@ -1,0 +1,233 @@
+#include "movo_net_fg/fg.h"
+#include "movo_net_fl_eventloop/eventloop.h"
+#include "support/log.h"
+
+#include <pthread.h>
+
+using namespace movonet;
+
+kest_debug_category* movoglue_net_debug;
+
+namespace {
+constexpr LogModule kLog{"movo_net_fg", &movoglue_net_debug};
+
+constexpr int kStartPollMs = 10;
+constexpr int kStopDelayMs = 100;
+constexpr int kLinkStatusTicks = 10;
+
+int s_iInitCount;
+kest_bool s_bIsInitializing;
+int s_iLinkStatusEventHandle;
+
+/** Decides which of several callers starts the glue; held for that decision only. */
+pthread_mutex_t s_startDecision = PTHREAD_MUTEX_INITIALIZER;
+
+enum class LoopThread { None, Running, Joining, Joined };
+pthread_mutex_t s_loopThreadLock = PTHREAD_MUTEX_INITIALIZER;
+pthread_cond_t s_loopThreadJoined = PTHREAD_COND_INITIALIZER;
+LoopThread s_loopThread = LoopThread::None; // guarded by s_loopThreadLock
+pthread_t s_eventLoopThreadId;              // guarded by s_loopThreadLock
+
+bool createLocks()
+{
+    return ifaceListLock.create() && callbackListLock.create() && updateIfListLock.create();
+}
+
+/** Makes the loop's thread unless an earlier, failed start has left one. */
+bool startLoopThread()
+{
+    (void)pthread_mutex_lock(&s_loopThreadLock);
+    bool running = s_loopThread == LoopThread::Running;
+    if (!running) {
+        running = pthread_create(&s_eventLoopThreadId, nullptr, int_eventLoopThread, &s_bThreadTerminating) == 0;
+        s_loopThread = running ? LoopThread::Running : s_loopThread;
+    }
+    (void)pthread_mutex_unlock(&s_loopThreadLock);
+    return running;
+}
+
+/** Joins the loop's thread; of several callers one joins and the others wait for it. */
+void joinLoopThread()
+{
+    (void)pthread_mutex_lock(&s_loopThreadLock);
+    if (s_loopThread == LoopThread::Running) {
+        s_loopThread = LoopThread::Joining;
+        const pthread_t thread = s_eventLoopThreadId;
+        (void)pthread_mutex_unlock(&s_loopThreadLock);
+        (void)pthread_join(thread, nullptr);
+        (void)pthread_mutex_lock(&s_loopThreadLock);
+        s_loopThread = LoopThread::Joined;
+        (void)pthread_cond_broadcast(&s_loopThreadJoined);
+    }
+    while (s_loopThread == LoopThread::Joining) {
+        (void)pthread_cond_wait(&s_loopThreadJoined, &s_loopThreadLock);
+    }
+    (void)pthread_mutex_unlock(&s_loopThreadLock);
+}
+
+bool onLoopThread()
+{
+    (void)pthread_mutex_lock(&s_loopThreadLock);
+    const bool mine = s_loopThread != LoopThread::None && s_loopThread != LoopThread::Joined &&
+                      pthread_equal(s_eventLoopThreadId, pthread_self()) != 0;
+    (void)pthread_mutex_unlock(&s_loopThreadLock);
+    return mine;
+}
+
+enum class Start { Mine, Others, Done };
+
+Start decideStart()
+{
+    (void)pthread_mutex_lock(&s_startDecision);
+    Start start = Start::Mine;
+    if (get(s_bIsInitializing)) {
+        start = Start::Others;
+    } else if (get(s_bIsInitDone)) {
+        start = Start::Done;
+    } else {
+        set(s_bIsInitializing, kTrue);
+    }
+    (void)pthread_mutex_unlock(&s_startDecision);
+    return start;
+}
+
+// The ones below speak for the public functions whose steps they are.
+
+RETURN_TYPE waitForOtherStart(CallSite at)
+{
+    NET_LOG_AT(at, KEST_LEVEL_INFO, "initializing\n");
+    while (get(s_bIsInitializing)) {
+        Kest_Util_Delay(kStartPollMs);
+    }
+    return get(s_bIsInitDone) ? kOk : kFail;
+}
+
+RETURN_TYPE firstLook()
+{
+    const LoopGate gate; // the loop may run already and would look for ifaceListLock from inside its own lock
+    return OnLinkStatusEventRev(kNoFd, nullptr, kTrue);
+}
+
+RETURN_TYPE start(CallSite at)
+{
+    NET_LOG_AT(at, KEST_LEVEL_INFO, "init\n");
+    if (!createLocks()) {
+        NET_LOG_AT(at, KEST_LEVEL_ERROR, "init mutex failed\n");
+        return kFail;
+    }
+    clearCallback();
+    if (!startLoopThread()) {
+        NET_LOG_AT(at, KEST_LEVEL_ERROR, "creating thread failed.\n");
+        return kFail;
+    }
+    (void)LoadNetConfig();
+    // Deliberate: the first look does not wait for the loop; a back end that registers an event too early is refused.
+    if (firstLook() != kOk) {
+        NET_LOG_AT(at, KEST_LEVEL_ERROR, "initialize network interfaces failed.\n");
+        return kFail;
+    }
+    waitForEventLoop();
+    if (int_addEvent({kNoFd, kLinkStatusTicks, nullptr, OnLinkStatusEventRev}, &s_iLinkStatusEventHandle) != kOk) {
+        NET_LOG_AT(at, KEST_LEVEL_ERROR, "install event failed.\n");
+        return kFail;
+    }
+    return kOk;
+}
+
+/** Empties the list; the records stay where they are for whoever still holds one. */
+RETURN_TYPE dropInterfaces(CallSite at)
+{
+    const ScopedLock lock(ifaceListLock);
+    if (!lock) {
+        NET_LOG_AT(at, KEST_LEVEL_ERROR, "lock mutex failed\n");
+        return kFail;
+    }
+    for (MovoNetIface_t* iface = takeHeadInterface(); iface != nullptr; iface = takeHeadInterface()) {
+        if (iface->funcs.DeInit != nullptr) {
+            (void)iface->funcs.DeInit(iface);
+        }
+        retireInterface(iface);
+    }
+    return kOk;
+}
+
+/** A link pass that ran while the list was emptied may have filled it again. */
+void dropLateInterfaces()
+{
+    const ScopedLock lock(ifaceListLock);
+    if (!lock) {
+        return;
+    }
+    for (MovoNetIface_t* iface = takeHeadInterface(); iface != nullptr; iface = takeHeadInterface()) {
+        retireInterface(iface);
+    }
+}
+
+void endLoop()
+{
+    Kest_Util_Delay(kStopDelayMs);
+    if (onLoopThread()) {
+        return; // called from a callback in spite of the contract: a thread cannot wait for itself
+    }
+    joinLoopThread();
+    dropLateInterfaces();
+    callbackListLock.retire();
+    ifaceListLock.retire();
+    updateIfListLock.retire();
+}
+} // namespace
+
+namespace movonet {
+kest_bool s_bIsInitDone;
+kest_bool s_bThreadTerminating;
+} // namespace movonet
+
+RETURN_TYPE Movo_NET_Glue_Init(void)
+{
+    NET_INFO("enter, pid=%x\n", static_cast<unsigned>(pthread_self()));
+    (void)__atomic_add_fetch(&s_iInitCount, 1, __ATOMIC_ACQ_REL);
+    switch (decideStart()) {
+    case Start::Others:
+        return waitForOtherStart(NET_HERE);
+    case Start::Done:
+        return kOk;
+    case Start::Mine:
+        break;
+    }
+    const RETURN_TYPE result = start(NET_HERE);
+    set(s_bIsInitializing, kFalse);
+    return result;
+}
+
+RETURN_TYPE Movo_NET_Glue_Exit(void)
+{
+    NET_INFO("s_iInitCount=%d\n", get(s_iInitCount));
+    if (__atomic_sub_fetch(&s_iInitCount, 1, __ATOMIC_ACQ_REL) > 0) {
+        return kOk;
+    }
+    NET_INFO("deinit\n");
+    set(s_bIsInitDone, kFalse);
+    set(s_bThreadTerminating, kTrue);
+    ScopedLock runningCallback(callbackListLock);
+    if (!runningCallback) {
+        NET_ERROR("lock mutex failed\n");
+        return kFail;
+    }
+    runningCallback.unlock();
+    (void)SaveNetConfig();
+    if (dropInterfaces(NET_HERE) != kOk) {
+        return kFail;
+    }
+    endLoop();
+    return kOk;
+}
+
+void WaitForChild2Exit(void)
+{
+    joinLoopThread();
+}
+
+kest_bool Movo_NET_IsInitializationDone(kest_sint32 /*appid*/)
+{
+    return get(s_bIsInitDone);
+}

@@ -1,0 +1,155 @@
+#include "movo_net_fl_common/common.h"
+#include "movo_net_fl_common/dhcp.h"
+#include "movo_net_fl_wifi/wifi.h"
+#include "movo_net_fl_wpactrl/wpactrl.h"
+#include "support/command.h"
+#include "support/log.h"
+#include "support/shared.h"
+#include "support/text.h"
+
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace movonet;
+
+// The helpers of this file are steps of ConfigIP and speak for it.
+
+namespace {
+constexpr LogModule kLog{"movo_net_fl_common", &movoglue_net_debug};
+
+constexpr mode_t kPipeMode = 02702;
+constexpr int kLeaseTimeoutSeconds = 90;
+
+bool applyStaticAddress(MovoNetIface_t* pIface)
+{
+    const std::uint32_t address = get(pIface->sipv4);
+    const std::uint32_t gateway = get(pIface->sgwv4);
+    const std::uint32_t dns1 = get(pIface->sdns1v4);
+    const std::uint32_t dns2 = get(pIface->sdns2v4);
+    return isPlausible(address) && int_Movo_Net_SetIpv4(pIface, address) == kOk &&
+           int_Movo_Net_SetMaskv4(pIface, get(pIface->smaskv4)) == kOk && isPlausible(gateway) &&
+           int_Movo_Net_SetGwv4(pIface, gateway) == kOk && (isPlausible(dns1) || isPlausible(dns2)) &&
+           int_Movo_Net_Setdnsv4(pIface, dns1, dns2) == kOk && ResetGwAndDns() == kOk;
+}
+
+void configureStatic(MovoNetIface_t* pIface, CallSite at)
+{
+    NET_LOG_AT(at, KEST_LEVEL_INFO, "if=%s, ip=%08x, mask=%08x, gw=%08x, dns1=%08x, dns2=%08x\n", pIface->name,
+               get(pIface->sipv4), get(pIface->smaskv4), get(pIface->sgwv4), get(pIface->sdns1v4),
+               get(pIface->sdns2v4));
+    if (IsDhcpcdRunning(pIface)) {
+        (void)ShutdownDhcpcd(pIface, kRelease);
+    }
+    set(pIface->priority, priorityWithAddress(*pIface));
+    const bool applied = applyStaticAddress(pIface);
+
+    set(pIface->isConnected, kTrue); // Deliberate: also when the configuration was refused.
+    set(g_isWifiConnectByUI, kFalse);
+    (void)NotifyApp(_MOVO_NET_CALLBACK_IPCHANGED_, pIface);
+    NotifyNtpclient();
+    (void)NotifyApp(applied ? _MOVO_NET_CALLBACK_STATICIP_SUCCESS_ : _MOVO_NET_CALLBACK_STATICIP_FAILED_, pIface);
+}
+
+bool isAssociated(MovoNetIface_t* pIface)
+{
+    kest_bool connected = kFalse;
+    (void)int_Movo_Net_Wpactrl_IsConnected(pIface, &connected);
+    return connected != kFalse;
+}
+
+bool openPipe(MovoNetIface_t* pIface, const HeapText& path, CallSite at)
+{
+    if (mkfifo(path.c_str(), kPipeMode) != 0 && errno != EEXIST) {
+        NET_LOG_AT(at, KEST_LEVEL_ERROR, "can't create fifo : %s\n", std::strerror(errno));
+        return false;
+    }
+    const int fd = open(path.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
+    if (fd < 0) {
+        NET_LOG_AT(at, KEST_LEVEL_ERROR, "can not open file: %s error is %s\n", path.c_str(), std::strerror(errno));
+        return false;
+    }
+    // A client with an empty pid file leaves its pipe open; its descriptor and event must not be lost.
+    if (const int left = take(pIface->dhcpcfd, fd); left != kNoFd) {
+        (void)int_removeEvent(take(pIface->dhcpcEventHandle, 0));
+        (void)close(left);
+    }
+    return true;
+}
+
+bool watchPipe(MovoNetIface_t* pIface, const HeapText& path, CallSite at)
+{
+    const MovoNetEvent_t event{get(pIface->dhcpcfd), 0, pIface, OnDhcpEventRev};
+    if (int_addEvent(event, &pIface->dhcpcEventHandle) != kOk) {
+        NET_LOG_AT(at, KEST_LEVEL_ERROR, "can not addevent\n");
+        return false;
+    }
+    if (runShell(HeapText("chmod 777 %s", path.c_str())) != 0) {
+        NET_LOG_AT(at, KEST_LEVEL_ERROR, ":chmod failed \n");
+        return false;
+    }
+    return true;
+}
+
+int launchClient(MovoNetIface_t* pIface, const HeapText& path)
+{
+    // Deliberate: the two commands differ in blanks alone; the client is not told of auto-IP.
+    if (get(pIface->ipMode) == _MOVO_NET_IPMODE_AUTOIP_) {
+        return runShell(
+            HeapText("export DHCP_NOTIFY_PIPE_DIR=\"%s\"; /system/bin/dhcpcd -B  --noarp -h movo-tv -t %d %s &",
+                     path.c_str(), kLeaseTimeoutSeconds, pIface->name));
+    }
+    return runShell(
+        HeapText("export DHCP_NOTIFY_PIPE_DIR=\"%s\"; /system/bin/dhcpcd  -B --noarp -h movo-tv  -t %d %s &",
+                 path.c_str(), kLeaseTimeoutSeconds, pIface->name));
+}
+
+RETURN_TYPE startClient(MovoNetIface_t* pIface, CallSite at)
+{
+    const HeapText path("%s.%s", get(s_sDhcpcdPipeName), pIface->name);
+    const int removed = unlink(path.c_str());
+    NET_LOG_AT(at, KEST_LEVEL_INFO, "removing dhcpcd pipe: %s, return=%d\n", path.c_str(), removed);
+    NET_LOG_AT(at, KEST_LEVEL_INFO, "opening dhcpcd pipe: %s\n", path.c_str());
+    if (!openPipe(pIface, path, at) || !watchPipe(pIface, path, at)) {
+        return kFail;
+    }
+    set(pIface->ipStatus, _MOVO_NET_IPSTATUS_DHCP_ACQUIRING_);
+    if (launchClient(pIface, path) == -1) {
+        NET_LOG_AT(at, KEST_LEVEL_ERROR, "launch dhcpcd faild\n");
+        return kFail;
+    }
+    return kOk;
+}
+
+RETURN_TYPE configureDhcp(MovoNetIface_t* pIface, kest_bool force, CallSite at)
+{
+    NET_LOG_AT(at, KEST_LEVEL_INFO, "Set IP mode to  dhcp, should set IP address to 0.0.0.0\n");
+    (void)runShell(FixedText<384>("ifconfig %s 0.0.0.0", pIface->name));
+    if (IsDhcpcdRunning(pIface)) {
+        if (!force) {
+            // Deliberate: the client keeps the interface, although its address was just cleared.
+            (void)NotifyApp(_MOVO_NET_CALLBACK_IPCHANGED_, pIface);
+            return kOk;
+        }
+        (void)ShutdownDhcpcd(pIface, kRelease);
+    }
+    if (pIface->type == _MOVO_NET_IFACE_WIFI_ && !isAssociated(pIface)) {
+        NET_LOG_AT(at, KEST_LEVEL_INFO, "wifi not connected, can not dhcp\n");
+        return kFail;
+    }
+    return startClient(pIface, at);
+}
+} // namespace
+
+RETURN_TYPE ConfigIP(MovoNetIface_t* pIface, kest_bool force)
+{
+    NET_REQUIRE(pIface != nullptr, "pIface");
+    NET_INFO("if=%s\n", pIface->name);
+    if (usesStaticAddress(*pIface)) {
+        configureStatic(pIface, NET_HERE);
+        return kOk;
+    }
+    return configureDhcp(pIface, force, NET_HERE);
+}

@@ -1,0 +1,165 @@
+#include "movo_net_fl_common/common.h"
+#include "movo_net_fl_common/dhcp.h"
+#include "support/command.h"
+#include "support/file.h"
+#include "support/log.h"
+#include "support/shared.h"
+#include "support/text.h"
+
+#include <climits>
+#include <csignal>
+#include <cstdlib>
+#include <unistd.h>
+
+using namespace movonet;
+
+namespace {
+constexpr LogModule kLog{"movo_net_fl_common", &movoglue_net_debug};
+
+constexpr int kPollMs = 10;
+constexpr int kMaxPolls = 200;
+
+struct PidFile {
+    explicit PidFile(const MovoNetIface_t& iface) : path("/tmp/dhcp/dhcpcd-%s.pid", iface.name) {}
+
+    FixedText<31> path;
+    bool exists = false;
+    bool empty = true;
+    int pid = 0;
+};
+
+PidFile readPidFile(const MovoNetIface_t& iface)
+{
+    PidFile result(iface);
+    const UniqueFile file(result.path.c_str(), "re");
+    result.exists = static_cast<bool>(file);
+    if (!result.exists) {
+        return result;
+    }
+    char text[32] = {};
+    result.empty = std::fread(text, 1, sizeof(text) - 1, file.get()) == 0;
+    const long pid = std::strtol(text, nullptr, 10);
+    result.pid = pid > 0 && pid <= INT_MAX ? static_cast<int>(pid) : 0;
+    return result;
+}
+
+/** Zero and negative numbers name no process but groups of them, and are never signalled. */
+bool processExists(int pid)
+{
+    return pid > 0 && kill(pid, 0) == 0;
+}
+
+// The helpers below are steps of ShutdownDhcpcd and IsDhcpcdRunning and speak for them.
+
+void closePipe(MovoNetIface_t* pIface, CallSite at)
+{
+    const int fd = take(pIface->dhcpcfd, kNoFd); // of two threads that stop the client, one closes
+    if (fd == kNoFd) {
+        return;
+    }
+    (void)int_removeEvent(take(pIface->dhcpcEventHandle, 0));
+    (void)close(fd);
+    const FixedText<32> path("%s.%s", get(s_sDhcpcdPipeName), pIface->name);
+    if (!path.fits()) {
+        failedRequirement("path.fits()", kLog.name, at);
+    }
+    const int removed = unlink(path.c_str());
+    NET_LOG_AT(at, KEST_LEVEL_INFO, "removing dhcpcd pipe: %s, return=%d\n", path.c_str(), removed);
+}
+
+bool waitForEnd(int pid)
+{
+    Kest_Util_Delay(kPollMs);
+    for (int poll = 0; poll < kMaxPolls; ++poll) {
+        if (!processExists(pid)) {
+            return true;
+        }
+        Kest_Util_Delay(kPollMs);
+    }
+    return false;
+}
+
+void killClient(const MovoNetIface_t& iface, int pid, CallSite at)
+{
+    // Deliberate: the constant 201 is printed, not the number of attempts.
+    NET_LOG_AT(at, KEST_LEVEL_ERROR, "ShutdownDhcpcd, kill dhcp process, time out count = %d\n", 201);
+    (void)runShell(FixedText<256>("kill -9 %d", pid));
+    (void)runShell(FixedText<256>("rm /tmp/dhcp/dhcpcd-%s.cache /tmp/dhcp/dhcpcd-%s.info /tmp/dhcp/dhcpcd-%s.pid",
+                                  iface.name, iface.name, iface.name));
+}
+
+bool signalClient(const MovoNetIface_t& iface, int pid, kest_bool bKeepIfconfig, CallSite at)
+{
+    if (kill(pid, bKeepIfconfig ? SIGUSR1 : SIGHUP) != 0) {
+        // Deliberate: the same words for both signals.
+        NET_LOG_AT(at, KEST_LEVEL_ERROR, "command kill SIGUSR1 failed.\n");
+        return false;
+    }
+    if (!bKeepIfconfig && !waitForEnd(pid)) {
+        killClient(iface, pid, at);
+    }
+    return true;
+}
+
+bool isRunning(MovoNetIface_t* pIface, CallSite at)
+{
+    const PidFile file = readPidFile(*pIface);
+    NET_LOG_AT(at, KEST_LEVEL_INFO, "IsDhcpcdRunning, checking file %s\n", file.path.c_str());
+    if (!file.exists) {
+        (void)ShutdownDhcpcd(pIface, kRelease);
+        return false;
+    }
+    if (file.empty) {
+        return false;
+    }
+    NET_LOG_AT(at, KEST_LEVEL_INFO, "IsDhcpcdRunning, dhcpcd pid=%d\n", file.pid);
+    const bool alive = processExists(file.pid);
+    const bool open = get(pIface->dhcpcfd) != kNoFd;
+    const bool watched = get(pIface->dhcpcEventHandle) != 0;
+    if (alive && open && watched) {
+        return true;
+    }
+    if (!alive && !open && !watched) {
+        (void)unlink(file.path.c_str());
+    } else {
+        (void)ShutdownDhcpcd(pIface, kRelease);
+    }
+    return false;
+}
+} // namespace
+
+kest_bool ShutdownDhcpcd(MovoNetIface_t* pIface, kest_bool bKeepIfconfig)
+{
+    NET_REQUIRE(pIface != nullptr, "pIface");
+    NET_INFO("ShutdownDhcpcd, pIface->dhcpcfd=%d, pIface->dhcpcEventHandle=0x%x\n", get(pIface->dhcpcfd),
+             static_cast<unsigned>(get(pIface->dhcpcEventHandle)));
+    closePipe(pIface, NET_HERE);
+
+    const PidFile file = readPidFile(*pIface);
+    NET_INFO("ShutdownDhcpcd, checking file %s\n", file.path.c_str());
+    if (!file.exists) {
+        NET_INFO("ShutdownDhcpcd, Q310 don't support\n");
+        return kTrue;
+    }
+    if (!file.empty) {
+        NET_INFO("ShutdownDhcpcd, dhcpcd pid=%d\n", file.pid);
+        if (processExists(file.pid)) {
+            NET_INFO("ShutdownDhcpcd, dhcpcd running, pid=%d\n", file.pid);
+            if (!signalClient(*pIface, file.pid, bKeepIfconfig, NET_HERE)) {
+                return kFalse;
+            }
+        }
+    }
+    (void)unlink(file.path.c_str());
+    return kTrue;
+}
+
+kest_bool IsDhcpcdRunning(MovoNetIface_t* pIface)
+{
+    NET_REQUIRE(pIface != nullptr, "pIface");
+    NET_INFO("IsDhcpcdRunning, pIface->dhcpcfd=%d, pIface->dhcpcEventHandle=0x%x\n", get(pIface->dhcpcfd),
+             static_cast<unsigned>(get(pIface->dhcpcEventHandle)));
+    const bool running = isRunning(pIface, NET_HERE);
+    NET_INFO("Dhcp running=%d\n", running ? 1 : 0);
+    return running ? kTrue : kFalse;
+}

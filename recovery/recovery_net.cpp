@@ -1,0 +1,27 @@
+/** The daemon: brings the network up while the set runs in recovery mode. */
+#include <csignal>
+#include <kest.h>
+#include <movo_net.h>
+
+namespace {
+void logEntry()
+{
+    if (__atomic_load_n(&__kest_debug_min, __ATOMIC_RELAXED) >= KEST_LEVEL_INFO) {
+        kest_debug_log(KEST_CAT_DEFAULT, KEST_LEVEL_INFO, "recovery_net", "main", __LINE__, "Enter recovery network\n");
+    }
+}
+} // namespace
+
+int main()
+{
+    // An ignored SIGCHLD, as some starters leave it, would make every command seem to fail.
+    (void)std::signal(SIGCHLD, SIG_DFL);
+    kest_debug_init("MOVOAPP_TEST");
+    if (movoglue_net_debug == nullptr) {
+        movoglue_net_debug = kest_debug_category_new("RECOVERY_NET_CONNECTION", 0, "Platform Glue Net");
+    }
+    logEntry();
+    (void)Movo_NET_Glue_Init();
+    WaitForChild2Exit();
+    return 0;
+}
