@@ -201,7 +201,7 @@ class VirtualSet:
 
 
 def _nic(number, plug):
-    network = {"user": "user,restrict=on", "cable": f"hubport,hubid={number}"}[plug]
+    network = {"user": "user,ipv6=off", "cable": f"hubport,hubid={number}"}[plug]
     line = ["-netdev", f"{network},id=net{number}",
             "-device", f"e1000,id=eth{number},netdev=net{number},romfile="]
     if plug == "cable":
