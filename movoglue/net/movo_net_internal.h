@@ -11,8 +11,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace movonet
-{
+namespace movonet {
 constexpr RETURN_TYPE kOk = 0;
 constexpr RETURN_TYPE kFail = 1;
 constexpr RETURN_TYPE kBufferTooSmall = 3;
@@ -159,10 +158,12 @@ RETURN_TYPE int_addEvent(MovoNetEvent_t event, int* handle);
  */
 RETURN_TYPE int_removeEvent(int handle);
 
-/** The loop's thread; `param` points at the kest_bool flag that ends it. Result: NULL, or 1 when its locks cannot be made. */
+/** The loop's thread; `param` points at the kest_bool flag that ends it. Result: NULL, or 1 when its locks cannot be
+ * made. */
 void* int_eventLoopThread(void* param);
 
-/** Finds a listed interface by its exact name; NULL when there is none or `ifname` is NULL. Any thread; ifaceListLock. */
+/** Finds a listed interface by its exact name; NULL when there is none or `ifname` is NULL. Any thread; ifaceListLock.
+ */
 MovoNetIface_t* FindInterface(const char* ifname);
 
 /**
@@ -172,7 +173,8 @@ MovoNetIface_t* FindInterface(const char* ifname);
  * @retval 1  The glue was stopped.
  *
  * @par Threads  Any.
- * @par Locks    eventListLock (recursive), then callbackListLock. A caller off the loop's thread must hold no other lock.
+ * @par Locks    eventListLock (recursive), then callbackListLock. A caller off the loop's thread must hold no other
+ * lock.
  */
 RETURN_TYPE NotifyApp(MovoNetCBReason_e reason, void* param);
 

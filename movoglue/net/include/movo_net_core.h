@@ -15,8 +15,8 @@ extern "C" {
 extern kest_debug_category* movoglue_net_debug;
 
 /**
- * Network link type chosen by the embedding software, 0 unless it writes it before the start. 1 keeps inactive interfaces
- * from being brought up; any value but 0 keeps the board's MAC address from being programmed.
+ * Network link type chosen by the embedding software, 0 unless it writes it before the start. 1 keeps inactive
+ * interfaces from being brought up; any value but 0 keeps the board's MAC address from being programmed.
  */
 extern kest_uint8 g_NetworkLinkType;
 
@@ -25,13 +25,13 @@ extern kest_uint8 g_NetworkLinkType;
  * that interfaces with a cable are being configured when it returns.
  *
  * @retval 0  Started, or already running.
- * @retval 1  A lock, the event thread or the periodic look could not be made, or the start on another thread failed. The
- *            user is counted all the same.
+ * @retval 1  A lock, the event thread or the periodic look could not be made, or the start on another thread failed.
+ * The user is counted all the same.
  *
  * @par Threads    Any, not from inside the callback. Callers that come while another starts wait for it.
  * @par Locks      The event loop is held off during the first look; ifaceListLock while links are looked at.
- * @par Callbacks  An installed callback is cleared first; one that is installed while the start runs gets IFFOUND for each
- *                 interface brought up.
+ * @par Callbacks  An installed callback is cleared first; one that is installed while the start runs gets IFFOUND for
+ * each interface brought up.
  */
 RETURN_TYPE Movo_NET_Glue_Init(void);
 
@@ -48,7 +48,8 @@ RETURN_TYPE Movo_NET_Glue_Init(void);
 RETURN_TYPE Movo_NET_Glue_Exit(void);
 
 /**
- * Waits until the event thread has ended, that is, until the last `Movo_NET_Glue_Exit`. Returns at once when there is none.
+ * Waits until the event thread has ended, that is, until the last `Movo_NET_Glue_Exit`. Returns at once when there is
+ * none.
  *
  * @par Threads  Any, not from inside the callback.
  * @par Locks    None.

@@ -10,7 +10,8 @@
 #define MOVO_NET_ENUM32
 #endif
 
-/** Result of most calls: 0 success, 1 failure, 3 buffer too small, 4 out of memory, 5 invalid argument, 6 not supported. */
+/** Result of most calls: 0 success, 1 failure, 3 buffer too small, 4 out of memory, 5 invalid argument, 6 not
+ * supported. */
 typedef kest_sint32 RETURN_TYPE;
 
 /** What an interface is; the value chooses its back end. */
@@ -117,12 +118,12 @@ typedef struct MovoNetIface_t MovoNetIface_t;
  *
  * @param[in] reason   Why it is called.
  * @param[in] context  What was given to `Movo_NET_InstallCallback`.
- * @param[in] param    For the interface and address reasons the record (`MovoNetIface_t*`) of the interface, owned by the
- *                     glue and valid as long as the process lives.
+ * @param[in] param    For the interface and address reasons the record (`MovoNetIface_t*`) of the interface, owned by
+ * the glue and valid as long as the process lives.
  *
- * @par Threads  Called on whichever thread reports: the event loop, a configuration thread, or the thread of a public call.
- *               Two callbacks never overlap. Every public function may be called from inside, except
- *               `Movo_NET_Glue_Init`, `Movo_NET_Glue_Exit` and `WaitForChild2Exit`.
+ * @par Threads  Called on whichever thread reports: the event loop, a configuration thread, or the thread of a public
+ * call. Two callbacks never overlap. Every public function may be called from inside, except `Movo_NET_Glue_Init`,
+ * `Movo_NET_Glue_Exit` and `WaitForChild2Exit`.
  * @par Locks    callbackListLock is held, and the event loop is held off: a callback must not wait for another event.
  */
 typedef void (*MovoNetCallback_t)(MovoNetCBReason_e reason, void* context, void* param);

@@ -5,8 +5,7 @@
 #include "movo_net_internal.h"
 #include "support/lock.h"
 
-namespace movonet
-{
+namespace movonet {
 /** First in the lock order: guards the live events and is held while handlers run. */
 extern Mutex eventListLock;
 /** After eventListLock: guards the registrations that are not live yet. */
@@ -14,11 +13,10 @@ extern Mutex eventListTodoLock;
 
 /**
  * Holds the loop's handlers off while it lives; free of effect on the loop's own thread and after the loop has ended.
- * Whoever is going to hold ifaceListLock or callbackListLock while unknown code runs takes it first: a handler takes the
- * same locks with eventListLock held.
+ * Whoever is going to hold ifaceListLock or callbackListLock while unknown code runs takes it first: a handler takes
+ * the same locks with eventListLock held.
  */
-class LoopGate
-{
+class LoopGate {
 public:
     LoopGate() : m_lock(eventListLock) {}
 

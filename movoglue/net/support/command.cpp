@@ -2,8 +2,7 @@
 
 #include <cstdlib>
 
-namespace movonet
-{
+namespace movonet {
 int runShell(const char* command)
 {
     return std::system(command); // NOLINT(cert-env33-c): the set's tools are commands by contract

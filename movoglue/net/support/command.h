@@ -2,9 +2,9 @@
 #ifndef MOVO_NET_SUPPORT_COMMAND_H
 #define MOVO_NET_SUPPORT_COMMAND_H
 
-namespace movonet
-{
-/** Runs a command and waits for it. 0 when it succeeded, -1 when the shell could not be started, else its wait status. */
+namespace movonet {
+/** Runs a command and waits for it. 0 when it succeeded, -1 when the shell could not be started, else its wait status.
+ */
 int runShell(const char* command);
 
 template <typename Text>

@@ -4,10 +4,8 @@
 
 #include <unistd.h>
 
-namespace movonet
-{
-class UniqueFd
-{
+namespace movonet {
+class UniqueFd {
 public:
     explicit UniqueFd(int fd) : m_fd(fd) {}
     UniqueFd(const UniqueFd&) = delete;

@@ -4,10 +4,8 @@
 
 #include <cstdio>
 
-namespace movonet
-{
-class UniqueFile
-{
+namespace movonet {
+class UniqueFile {
 public:
     /** `mode` as for fopen with the letter e: "re", "we". */
     UniqueFile(const char* path, const char* mode) : m_file(std::fopen(path, mode)) {}

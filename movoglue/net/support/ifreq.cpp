@@ -9,8 +9,7 @@
 #include <sys/ioctl.h>
 #include <sys/socket.h>
 
-namespace movonet
-{
+namespace movonet {
 ifreq ifreqFor(const char* ifname)
 {
     ifreq request{};

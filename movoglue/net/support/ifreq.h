@@ -5,8 +5,7 @@
 #include <cstdint>
 #include <net/if.h>
 
-namespace movonet
-{
+namespace movonet {
 /** Which of the two steps of `issueIfreq` failed. */
 enum class IfreqError { None, Socket, Ioctl };
 

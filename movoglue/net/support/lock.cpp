@@ -1,9 +1,7 @@
 #include "support/lock.h"
 
-namespace movonet
-{
-namespace
-{
+namespace movonet {
+namespace {
 pthread_mutex_t s_making = PTHREAD_MUTEX_INITIALIZER;
 
 bool initialise(pthread_mutex_t& mutex, int type)
@@ -12,8 +10,7 @@ bool initialise(pthread_mutex_t& mutex, int type)
     if (pthread_mutexattr_init(&attributes) != 0) {
         return false;
     }
-    const bool made =
-        pthread_mutexattr_settype(&attributes, type) == 0 && pthread_mutex_init(&mutex, &attributes) == 0;
+    const bool made = pthread_mutexattr_settype(&attributes, type) == 0 && pthread_mutex_init(&mutex, &attributes) == 0;
     (void)pthread_mutexattr_destroy(&attributes);
     return made;
 }

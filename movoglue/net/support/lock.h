@@ -5,14 +5,12 @@
 #include <atomic>
 #include <pthread.h>
 
-namespace movonet
-{
+namespace movonet {
 /**
  * A mutex with static storage. It is made on first use or by `create`, and never destroyed: after `retire` every
  * attempt to take it fails, which is what a user who comes too late is told, until `create` brings it back.
  */
-class Mutex
-{
+class Mutex {
 public:
     enum class Kind { Plain, Recursive };
 
@@ -43,8 +41,7 @@ private:
 };
 
 /** Holds a mutex until the end of the scope, if it could be taken: test it before going on. */
-class [[nodiscard]] ScopedLock
-{
+class [[nodiscard]] ScopedLock {
 public:
     explicit ScopedLock(Mutex& mutex) : m_mutex(mutex.lock() ? &mutex : nullptr) {}
     ScopedLock(const ScopedLock&) = delete;

@@ -6,8 +6,7 @@
 
 #include <kest.h>
 
-namespace movonet
-{
+namespace movonet {
 /** Under which name and category the files of one module log; each .cpp has one, called kLog. */
 struct LogModule {
     const char* name;
@@ -15,11 +14,11 @@ struct LogModule {
 };
 } // namespace movonet
 
-#define NET_LOG_AT(site, level, ...)                                                                                   \
-    do {                                                                                                               \
-        if (__atomic_load_n(&__kest_debug_min, __ATOMIC_RELAXED) >= (level)) {                                         \
-            kest_debug_log(*kLog.category, (level), kLog.name, (site).function, (site).line, __VA_ARGS__);             \
-        }                                                                                                              \
+#define NET_LOG_AT(site, level, ...)                                                                       \
+    do {                                                                                                   \
+        if (__atomic_load_n(&__kest_debug_min, __ATOMIC_RELAXED) >= (level)) {                             \
+            kest_debug_log(*kLog.category, (level), kLog.name, (site).function, (site).line, __VA_ARGS__); \
+        }                                                                                                  \
     } while (false)
 
 #define NET_HERE (movonet::CallSite{__func__, __LINE__})
@@ -27,11 +26,11 @@ struct LogModule {
 #define NET_INFO(...) NET_LOG_AT(NET_HERE, KEST_LEVEL_INFO, __VA_ARGS__)
 
 /** Ends the process, in every build type, unless `condition` holds; `expression` is its fixed text. */
-#define NET_REQUIRE(condition, expression)                                                                             \
-    do {                                                                                                               \
-        if (!(condition)) {                                                                                            \
-            movonet::failedRequirement(expression, kLog.name, NET_HERE);                                               \
-        }                                                                                                              \
+#define NET_REQUIRE(condition, expression)                               \
+    do {                                                                 \
+        if (!(condition)) {                                              \
+            movonet::failedRequirement(expression, kLog.name, NET_HERE); \
+        }                                                                \
     } while (false)
 
 /** Tells of a failed expectation with a backtrace; the process goes on. */

@@ -5,8 +5,7 @@
 #include <kest.h>
 #include <unistd.h>
 
-namespace movonet
-{
+namespace movonet {
 void failedRequirement(const char* expression, const char* module, CallSite at)
 {
     (void)std::fflush(stdout);

@@ -2,8 +2,7 @@
 #ifndef MOVO_NET_SUPPORT_REPORT_H
 #define MOVO_NET_SUPPORT_REPORT_H
 
-namespace movonet
-{
+namespace movonet {
 /** A place in the source; a helper that speaks for its caller takes the caller's as its last argument. */
 struct CallSite {
     const char* function;

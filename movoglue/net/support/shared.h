@@ -2,8 +2,7 @@
 #ifndef MOVO_NET_SUPPORT_SHARED_H
 #define MOVO_NET_SUPPORT_SHARED_H
 
-namespace movonet
-{
+namespace movonet {
 template <typename T>
 struct Plain {
     using type = T;

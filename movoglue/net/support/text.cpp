@@ -3,8 +3,7 @@
 #include <arpa/inet.h>
 #include <cstdlib>
 
-namespace movonet
-{
+namespace movonet {
 HeapText::HeapText(const char* format, ...)
 {
     va_list arguments;

@@ -3,18 +3,16 @@
 #define MOVO_NET_SUPPORT_TEXT_H
 
 #include <array>
+#include <cstdarg>
 #include <cstddef>
 #include <cstdint>
-#include <cstdarg>
 #include <cstdio>
 #include <cstring>
 
-namespace movonet
-{
+namespace movonet {
 /** A formatted text of at most N - 1 characters; what does not fit is cut, `fits` tells. */
 template <std::size_t N>
-class FixedText
-{
+class FixedText {
 public:
     __attribute__((format(printf, 2, 3))) explicit FixedText(const char* format, ...)
     {
@@ -34,8 +32,7 @@ private:
 };
 
 /** A formatted text of any length, for what the environment makes longer than anyone foresaw. Empty without memory. */
-class HeapText
-{
+class HeapText {
 public:
     __attribute__((format(printf, 2, 3))) explicit HeapText(const char* format, ...);
     HeapText(const HeapText&) = delete;
