@@ -20,6 +20,8 @@ enum class Call {
     Rename,
     Access,
     Stat,
+    Chmod,
+    Sync,
     Fopen,
     Fclose,
     Popen,
@@ -33,11 +35,14 @@ enum class Call {
     Select,
     Sleep,
     ThreadCreate,
+    ThreadJoin,
     MutexAttrInit,
     MutexAttrSetType,
     MutexInit,
     MutexLock,
     MutexTryLock,
+    CondWait,
+    CondSignal,
     Malloc,
     Calloc,
     Strdup,
@@ -61,7 +66,8 @@ enum class ThreadKind { Test, Loop, Product, Other, Any };
  */
 struct Fault {
     Call call;
-    /** Beginning of the path or command; for a descriptor, of what it was opened on. Empty: any. */
+    /** Beginning of the path, command or interface name; for a socket "inet" or "netlink"; for any other descriptor, of
+     * what it was opened on. Empty: any. */
     std::string on = {};
     /** Code of the ioctl; 0: any. */
     unsigned long code = 0;

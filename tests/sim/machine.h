@@ -101,8 +101,11 @@ public:
     void leases(const Lease& lease = {});
     /** Clears the address and says "down". */
     void loses();
-    /** The next clients start without a pid file, or start as somebody who ignores SIGHUP, and so on. */
-    DhcpClient& onLaunch(std::function<void(Process&)> change);
+    /** The client and all that follow it are such processes. */
+    DhcpClient& ignoresHangup();
+    DhcpClient& diesAfterProbes(int probes);
+    DhcpClient& foreign();
+    /** All that follow do not write their pid file. */
     DhcpClient& withoutPidFile();
 
 private:

@@ -143,6 +143,8 @@ public:
     std::vector<Signal> signals() const;
     /** Product descriptors that are open, each as the call that opened it, oldest first. */
     std::vector<std::string> openDescriptors() const;
+    /** Makes a descriptor of the test the product's, which may then close it. */
+    void give(int fd);
     /** Forgets commands, log, callbacks and signals. */
     void forget();
 

@@ -1,0 +1,128 @@
+#include "sim/calls.h"
+#include "sim/sim.h"
+#include "sim/world.h"
+
+#include <algorithm>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace sim {
+namespace {
+/** What a descriptor was opened on; empty for one that the test has given. */
+std::string subjectOf(int fd)
+{
+    const Hold hold;
+    const Descriptor* descriptor = findDescriptor(fd);
+    return descriptor != nullptr ? descriptor->subject : "";
+}
+
+/** How much a fault lets pass. */
+size_t atMost(size_t size, const std::optional<Strike>& strike)
+{
+    return strike ? std::min(size, static_cast<size_t>(strike->bytes)) : size;
+}
+} // namespace
+
+void noteDescriptor(int fd, Descriptor descriptor)
+{
+    World& w = world();
+    if ((fcntl(fd, F_GETFD) & FD_CLOEXEC) == 0) {
+        w.problems.push_back(descriptor.text + " is not close-on-exec");
+    }
+    descriptor.order = ++w.files.opened;
+    w.files.descriptors[fd] = std::move(descriptor);
+}
+
+const Descriptor* findDescriptor(int fd)
+{
+    const auto& all = world().files.descriptors;
+    const auto found = all.find(fd);
+    return found != all.end() ? &found->second : nullptr;
+}
+
+void Set::give(int fd)
+{
+    const Hold hold;
+    noteDescriptor(fd, {DescriptorKind::File, "given", "given by the test"});
+}
+
+std::vector<std::string> Set::openDescriptors() const
+{
+    const Hold hold;
+    std::vector<const Descriptor*> open;
+    for (const auto& [fd, descriptor] : world().files.descriptors) {
+        open.push_back(&descriptor);
+    }
+    std::ranges::sort(open, {}, &Descriptor::order);
+    std::vector<std::string> texts;
+    for (const Descriptor* descriptor : open) {
+        texts.push_back(descriptor->text);
+    }
+    return texts;
+}
+} // namespace sim
+
+using namespace sim;
+
+int sim_close(int fd)
+{
+    if (!active()) {
+        return close(fd);
+    }
+    const auto strike = enter(Call::Close, {.name = subjectOf(fd)});
+    bool known = false;
+    {
+        const Hold hold;
+        known = world().files.descriptors.erase(fd) != 0;
+    }
+    if (!known) {
+        problem("close(" + std::to_string(fd) + "): not a descriptor of the product");
+        return failWith(EBADF);
+    }
+    const int result = close(fd);
+    return strike ? failWith(strike->error) : result; // closed all the same, as the kernel does
+}
+
+ssize_t sim_read(int fd, void* buffer, size_t size)
+{
+    if (!active()) {
+        return read(fd, buffer, size);
+    }
+    const auto strike = enter(Call::Read, {.name = subjectOf(fd)});
+    if (strike && strike->bytes < 0) {
+        return failWith(strike->error);
+    }
+    return read(fd, buffer, atMost(size, strike));
+}
+
+ssize_t sim_write(int fd, const void* buffer, size_t size)
+{
+    if (!active()) {
+        return write(fd, buffer, size);
+    }
+    const auto strike = enter(Call::Write, {.name = subjectOf(fd)});
+    if (strike && strike->bytes < 0) {
+        return failWith(strike->error);
+    }
+    return write(fd, buffer, atMost(size, strike));
+}
+
+off_t sim_lseek(int fd, off_t offset, int whence)
+{
+    if (active()) {
+        if (const auto strike = enter(Call::Lseek, {.name = subjectOf(fd)})) {
+            return failWith(strike->error);
+        }
+    }
+    return lseek(fd, offset, whence);
+}
+
+int sim_fsync(int fd)
+{
+    if (active()) {
+        if (const auto strike = enter(Call::Fsync, {.name = subjectOf(fd)})) {
+            return failWith(strike->error);
+        }
+    }
+    return fsync(fd);
+}

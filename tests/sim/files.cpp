@@ -1,0 +1,194 @@
+#include "sim/calls.h"
+#include "sim/sim.h"
+#include "sim/world.h"
+
+#include <cstdarg>
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <unistd.h>
+
+namespace sim {
+namespace {
+bool isKernelTable(const std::string& path)
+{
+    return path == "/proc/net/dev" || path == "/proc/net/wireless";
+}
+} // namespace
+
+std::string preparedPath(const std::string& path)
+{
+    const Hold hold;
+    if (isKernelTable(path) && !world().files.taken.contains(path)) {
+        writeFile(path, renderTable(path));
+    }
+    return realPath(path);
+}
+
+std::string realPath(const std::string& path)
+{
+    return world().root + (path.starts_with("/") ? "" : "/") + path;
+}
+
+void writeFile(const std::string& path, const std::string& contents)
+{
+    const std::filesystem::path real = realPath(path);
+    std::filesystem::create_directories(real.parent_path());
+    std::ofstream(real, std::ios::binary) << contents;
+}
+
+std::optional<std::string> readFile(const std::string& path)
+{
+    std::ifstream file(realPath(path), std::ios::binary);
+    if (!file) {
+        return std::nullopt;
+    }
+    return std::string(std::istreambuf_iterator<char>(file), {});
+}
+
+void Set::write(const std::string& path, const std::string& contents)
+{
+    const Hold hold;
+    world().files.taken.insert(path);
+    writeFile(path, contents);
+}
+
+std::string Set::read(const std::string& path) const
+{
+    const Hold hold;
+    const auto contents = readFile(path);
+    if (!contents) {
+        ADD_FAILURE() << "no file " << path;
+    }
+    return contents.value_or("");
+}
+
+bool Set::exists(const std::string& path) const
+{
+    return std::filesystem::exists(std::filesystem::symlink_status(real(path)));
+}
+
+void Set::remove(const std::string& path)
+{
+    const Hold hold;
+    world().files.taken.insert(path);
+    std::filesystem::remove_all(realPath(path));
+}
+
+std::string Set::real(const std::string& path) const
+{
+    return realPath(path);
+}
+} // namespace sim
+
+using namespace sim;
+
+int sim_open(const char* path, int flags, ...)
+{
+    mode_t mode = 0;
+    if ((flags & (O_CREAT | O_TMPFILE)) != 0) {
+        va_list arguments;
+        va_start(arguments, flags);
+        mode = va_arg(arguments, mode_t);
+        va_end(arguments);
+    }
+    if (!active()) {
+        return open(path, flags, mode);
+    }
+    if (const auto strike = enter(Call::Open, {.name = path})) {
+        return failWith(strike->error);
+    }
+    const int fd = open(preparedPath(path).c_str(), flags, mode);
+    if (fd >= 0) {
+        const Hold hold;
+        noteDescriptor(fd, {DescriptorKind::File, path, describe(Call::Open, path)});
+    }
+    return fd;
+}
+
+int sim_mkfifo(const char* path, mode_t mode)
+{
+    if (!active()) {
+        return mkfifo(path, mode);
+    }
+    if (const auto strike = enter(Call::Mkfifo, {.name = path})) {
+        return failWith(strike->error);
+    }
+    return mkfifo(realPath(path).c_str(), mode);
+}
+
+int sim_unlink(const char* path)
+{
+    if (!active()) {
+        return unlink(path);
+    }
+    if (const auto strike = enter(Call::Unlink, {.name = path})) {
+        return failWith(strike->error);
+    }
+    return unlink(realPath(path).c_str());
+}
+
+int sim_remove(const char* path)
+{
+    if (!active()) {
+        return remove(path);
+    }
+    if (const auto strike = enter(Call::Unlink, {.name = path})) {
+        return failWith(strike->error);
+    }
+    return remove(realPath(path).c_str());
+}
+
+int sim_rename(const char* from, const char* to)
+{
+    if (!active()) {
+        return rename(from, to);
+    }
+    if (const auto strike = enter(Call::Rename, {.name = from})) {
+        return failWith(strike->error);
+    }
+    return rename(realPath(from).c_str(), realPath(to).c_str());
+}
+
+int sim_access(const char* path, int mode)
+{
+    if (!active()) {
+        return access(path, mode);
+    }
+    if (const auto strike = enter(Call::Access, {.name = path})) {
+        return failWith(strike->error);
+    }
+    return access(preparedPath(path).c_str(), mode);
+}
+
+int sim_stat(const char* path, struct stat* status)
+{
+    if (!active()) {
+        return stat(path, status);
+    }
+    if (const auto strike = enter(Call::Stat, {.name = path})) {
+        return failWith(strike->error);
+    }
+    return stat(preparedPath(path).c_str(), status);
+}
+
+int sim_chmod(const char* path, mode_t mode)
+{
+    if (!active()) {
+        return chmod(path, mode);
+    }
+    if (const auto strike = enter(Call::Chmod, {.name = path})) {
+        return failWith(strike->error);
+    }
+    return chmod(realPath(path).c_str(), mode);
+}
+
+void sim_sync()
+{
+    if (active()) {
+        (void)enter(Call::Sync, {}); // the machine that runs the test has nothing to gain from a real one
+        return;
+    }
+    sync();
+}

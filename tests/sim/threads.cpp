@@ -1,0 +1,300 @@
+#include "sim/calls.h"
+#include "sim/sim.h"
+#include "sim/world.h"
+
+#include "movo_net_internal.h"
+
+#include <memory>
+
+namespace sim {
+namespace {
+thread_local Thread* t_self;
+
+Thread* findThread(pthread_t id)
+{
+    for (Thread& thread : world().threads.all) {
+        if (thread.tracked && pthread_equal(thread.id, id) != 0) {
+            return &thread;
+        }
+    }
+    return nullptr;
+}
+
+Thread& newThread(ThreadKind kind)
+{
+    Threads& threads = world().threads;
+    Thread& thread = threads.all.emplace_back();
+    thread.kind = kind;
+    thread.id = pthread_self();
+    thread.random = world().seed * 2654435761U + static_cast<unsigned>(threads.all.size());
+    return thread;
+}
+
+bool isQuiet(const Thread& thread)
+{
+    switch (thread.place) {
+    case Place::Ended:
+    case Place::Held:
+    case Place::Asleep:
+    case Place::Waiting:
+        return true;
+    case Place::Selecting:
+        return thread.seen == world().threads.generation;
+    case Place::Joining: {
+        const Thread* other = findThread(thread.joins);
+        return other != nullptr && other->place != Place::Ended;
+    }
+    case Place::Running:
+        return false;
+    }
+    return false;
+}
+
+/** What a new thread of the product begins with. */
+struct Start {
+    void* (*body)(void*);
+    void* argument;
+    Thread* thread;
+};
+
+void* runThread(void* argument)
+{
+    const std::unique_ptr<Start> start(static_cast<Start*>(argument));
+    World& w = world();
+    {
+        Hold hold;
+        t_self = start->thread;
+        t_self->id = pthread_self();
+        while (t_self->kind == ThreadKind::Loop && w.threads.holdLoop) {
+            t_self->place = Place::Held;
+            w.changed.notify_all();
+            hold.wait();
+        }
+        t_self->place = Place::Running;
+    }
+    void* result = start->body(start->argument);
+    handToTest();
+    const Hold hold;
+    t_self->place = Place::Ended;
+    t_self->terminate = nullptr;
+    if (t_self->kind == ThreadKind::Loop) {
+        w.threads.loopReached = true;
+    }
+    w.changed.notify_all();
+    return result;
+}
+
+void letLoopBegin()
+{
+    World& w = world();
+    w.threads.holdLoop = false;
+    for (Thread& thread : w.threads.all) {
+        if (thread.place == Place::Held) {
+            thread.place = Place::Running;
+        }
+    }
+    w.changed.notify_all();
+}
+
+/** Waiting ends with the wait; whoever wakes the waiter has said so already. */
+class AtPlace {
+public:
+    AtPlace(Place place, const void* condition, pthread_t joined)
+    {
+        const Hold hold;
+        Thread& me = sim::self();
+        me.place = place;
+        me.waitsFor = condition;
+        me.joins = joined;
+        world().changed.notify_all();
+    }
+    ~AtPlace()
+    {
+        const Hold hold;
+        sim::self().place = Place::Running;
+    }
+    AtPlace(const AtPlace&) = delete;
+    AtPlace& operator=(const AtPlace&) = delete;
+};
+
+void noteWake(const void* condition)
+{
+    const Hold hold;
+    for (Thread& thread : world().threads.all) {
+        if (thread.place == Place::Waiting && thread.waitsFor == condition) {
+            thread.place = Place::Running;
+        }
+    }
+}
+
+int createThread(pthread_t* thread, const pthread_attr_t* attributes, void* (*body)(void*), void* argument,
+                 ThreadKind kind)
+{
+    auto start = std::make_unique<Start>(Start{body, argument, nullptr});
+    {
+        const Hold hold;
+        Thread& record = newThread(kind);
+        record.tracked = true;
+        if (kind == ThreadKind::Loop) {
+            record.terminate = static_cast<const unsigned char*>(argument);
+            world().threads.loopCreated = true;
+            world().threads.loopReached = false;
+        }
+        start->thread = &record;
+    }
+    Thread* record = start->thread;
+    const int result = pthread_create(thread, attributes, runThread, start.get());
+    if (result == 0) {
+        (void)start.release();
+    } else {
+        const Hold hold;
+        record->place = Place::Ended;
+    }
+    return result;
+}
+
+void* runBody(void* argument)
+{
+    const std::unique_ptr<std::function<void()>> body(static_cast<std::function<void()>*>(argument));
+    (*body)();
+    return nullptr;
+}
+} // namespace
+
+Thread& self()
+{
+    if (t_self == nullptr) {
+        t_self = &newThread(ThreadKind::Other);
+    }
+    return *t_self;
+}
+
+ThreadKind selfKind()
+{
+    const Hold hold;
+    return self().kind;
+}
+
+bool quiet(const Thread* except)
+{
+    for (const Thread& thread : world().threads.all) {
+        const bool counts = thread.tracked || thread.place == Place::Selecting;
+        if (counts && &thread != except && !isQuiet(thread)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+void Set::holdLoopThread()
+{
+    const Hold hold;
+    world().threads.holdLoop = true;
+}
+
+void Set::releaseLoopThread()
+{
+    const Hold hold;
+    letLoopBegin();
+}
+
+void Set::background(std::function<void()> body)
+{
+    auto argument = std::make_unique<std::function<void()>>(std::move(body));
+    pthread_t thread{};
+    if (createThread(&thread, nullptr, runBody, argument.get(), ThreadKind::Other) == 0) {
+        (void)argument.release();
+        const Hold hold;
+        world().threads.background.push_back(thread);
+    } else {
+        ADD_FAILURE() << "no thread for a background body";
+    }
+}
+
+void Set::joinBackground()
+{
+    std::vector<pthread_t> threads;
+    {
+        const Hold hold;
+        threads.swap(world().threads.background);
+    }
+    for (const pthread_t thread : threads) {
+        {
+            Hold hold;
+            const Thread* record = findThread(thread);
+            hold.waitUntil("the end of a background body", [record] { return record->place == Place::Ended; });
+        }
+        (void)pthread_join(thread, nullptr);
+    }
+}
+
+int Set::liveThreads() const
+{
+    const Hold hold;
+    int count = 0;
+    for (const Thread& thread : world().threads.all) {
+        count += thread.tracked && thread.place != Place::Ended ? 1 : 0;
+    }
+    return count;
+}
+} // namespace sim
+
+using namespace sim;
+
+int sim_pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*body)(void*), void* argument)
+{
+    if (!active()) {
+        return pthread_create(thread, attributes, body, argument);
+    }
+    if (const auto strike = enter(Call::ThreadCreate, {})) {
+        return strike->error;
+    }
+    const ThreadKind kind = body == int_eventLoopThread ? ThreadKind::Loop : ThreadKind::Product;
+    return createThread(thread, attributes, body, argument, kind);
+}
+
+int sim_pthread_join(pthread_t thread, void** result)
+{
+    if (!active()) {
+        return pthread_join(thread, result);
+    }
+    if (const auto strike = enter(Call::ThreadJoin, {})) {
+        return strike->error;
+    }
+    handToTest();
+    const AtPlace place(Place::Joining, nullptr, thread);
+    return pthread_join(thread, result);
+}
+
+int sim_pthread_cond_wait(pthread_cond_t* condition, pthread_mutex_t* mutex)
+{
+    if (!active()) {
+        return pthread_cond_wait(condition, mutex);
+    }
+    (void)enter(Call::CondWait, {.object = condition});
+    {
+        const Hold hold;
+        letLoopBegin();
+    }
+    handToTest();
+    const AtPlace place(Place::Waiting, condition, {});
+    return pthread_cond_wait(condition, mutex);
+}
+
+int sim_pthread_cond_signal(pthread_cond_t* condition)
+{
+    if (active()) {
+        (void)enter(Call::CondSignal, {.object = condition});
+        noteWake(condition);
+    }
+    return pthread_cond_signal(condition);
+}
+
+int sim_pthread_cond_broadcast(pthread_cond_t* condition)
+{
+    if (active()) {
+        (void)enter(Call::CondSignal, {.object = condition});
+        noteWake(condition);
+    }
+    return pthread_cond_broadcast(condition);
+}

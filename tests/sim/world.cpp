@@ -1,0 +1,162 @@
+#include "sim/world.h"
+
+#include "movo_net_internal.h"
+
+#include <cerrno>
+#include <chrono>
+#include <sched.h>
+
+#ifdef __SANITIZE_THREAD__
+#define SIM_THREAD_SANITIZER 1
+#elif defined(__has_feature)
+#if __has_feature(thread_sanitizer)
+#define SIM_THREAD_SANITIZER 1
+#endif
+#endif
+
+#ifdef SIM_THREAD_SANITIZER
+extern "C" {
+void AnnotateIgnoreReadsBegin(const char* file, int line);
+void AnnotateIgnoreReadsEnd(const char* file, int line);
+void AnnotateIgnoreWritesBegin(const char* file, int line);
+void AnnotateIgnoreWritesEnd(const char* file, int line);
+void AnnotateIgnoreSyncBegin(const char* file, int line);
+void AnnotateIgnoreSyncEnd(const char* file, int line);
+void __tsan_acquire(void* address);
+void __tsan_release(void* address);
+}
+#endif
+
+namespace sim {
+namespace {
+#ifdef SIM_THREAD_SANITIZER
+constexpr std::chrono::seconds kPatience{60};
+char s_toTest;
+char s_fromTest;
+#else
+constexpr std::chrono::seconds kPatience{20};
+#endif
+
+/** A few yields, how many is up to the thread's own sequence of numbers. */
+void yieldBySeed(unsigned random)
+{
+    for (unsigned count = (random >> 16) % 4; count > 0; --count) {
+        (void)sched_yield();
+    }
+}
+
+/** Tells whoever waits for it that the event loop has come far enough; and the event loop that it is to end. */
+void noteProgress(World& w, const Thread& me)
+{
+    if (me.kind == ThreadKind::Loop) {
+        if (!w.threads.loopReached && int_IsEventLoopInitDone() != 0) {
+            w.threads.loopReached = true;
+            w.changed.notify_all();
+        }
+        return;
+    }
+    for (const Thread& thread : w.threads.all) {
+        if (thread.terminate != nullptr && __atomic_load_n(thread.terminate, __ATOMIC_ACQUIRE) != 0) {
+            w.changed.notify_all();
+        }
+    }
+}
+} // namespace
+
+World& world()
+{
+    static World& everything = *new World;
+    return everything;
+}
+
+Unseen::Unseen()
+{
+#ifdef SIM_THREAD_SANITIZER
+    AnnotateIgnoreSyncBegin(__FILE__, __LINE__);
+    AnnotateIgnoreReadsBegin(__FILE__, __LINE__);
+    AnnotateIgnoreWritesBegin(__FILE__, __LINE__);
+#endif
+}
+
+Unseen::~Unseen()
+{
+#ifdef SIM_THREAD_SANITIZER
+    AnnotateIgnoreWritesEnd(__FILE__, __LINE__);
+    AnnotateIgnoreReadsEnd(__FILE__, __LINE__);
+    AnnotateIgnoreSyncEnd(__FILE__, __LINE__);
+#endif
+}
+
+void handToTest()
+{
+#ifdef SIM_THREAD_SANITIZER
+    __tsan_acquire(&s_fromTest);
+    __tsan_release(&s_toTest);
+#endif
+}
+
+void takeFromTest()
+{
+#ifdef SIM_THREAD_SANITIZER
+    __tsan_acquire(&s_toTest);
+    __tsan_release(&s_fromTest);
+#endif
+}
+
+Hold::Hold() : m_errno(errno), m_lock(world().mutex) {}
+
+Hold::~Hold()
+{
+    errno = m_errno;
+}
+
+void Hold::wait()
+{
+    world().changed.wait(m_lock);
+}
+
+void Hold::waitUntil(const char* what, const std::function<bool()>& condition)
+{
+    if (!world().changed.wait_for(m_lock, kPatience, condition)) {
+        wedged(what);
+    }
+}
+
+std::optional<Strike> enter(Call call, const Subject& subject)
+{
+    World& w = world();
+    std::optional<Strike> strike;
+    unsigned random = 0;
+    {
+        const Hold hold;
+        w.progress.fetch_add(1, std::memory_order_relaxed);
+        Thread& me = self();
+        me.place = Place::Running;
+        me.at = describe(call, subject.name);
+        if (me.tracked) {
+            ++w.threads.activity;
+        }
+        noteProgress(w, me);
+        if (w.seed != 0) {
+            random = me.random = me.random * 1103515245U + 12345U;
+        }
+        if (const FaultRule* rule = strikes(call, subject, me.kind); rule != nullptr) {
+            strike = Strike{rule->fault.error, rule->fault.bytes};
+        }
+    }
+    yieldBySeed(random);
+    return strike;
+}
+
+int failWith(int error)
+{
+    errno = error;
+    return -1;
+}
+
+void problem(const std::string& text)
+{
+    const Hold hold;
+    world().problems.push_back(text);
+}
+} // namespace sim

@@ -1,0 +1,154 @@
+/** The inside of the simulated set: what its files share. Only the set's own sources include it. */
+#ifndef SIM_WORLD_H
+#define SIM_WORLD_H
+
+#include "sim/faults.h"
+#include "sim/netlink.h"
+#include "sim/records.h"
+#include "sim/state.h"
+
+#include <atomic>
+#include <condition_variable>
+#include <functional>
+#include <mutex>
+#include <optional>
+
+namespace sim {
+/** Everything there is. Never destroyed: a thread that the product leaves behind may still wait in it. */
+struct World {
+    std::atomic<bool> active{false};
+    std::mutex mutex; ///< Guards all that follows; the innermost of all locks.
+    std::condition_variable changed;
+
+    std::atomic<unsigned> progress{0}; ///< Counts all calls, for the watchdog.
+    unsigned seed = 0;
+    std::string root;
+    std::vector<std::string> problems; ///< Each fails the test at the set's end.
+
+    Threads threads;
+    Time time;
+    Kernel kernel;
+    Files files;
+    Commands commands;
+    Processes processes;
+    Records records;
+    std::vector<FaultRule> faults;
+};
+
+World& world();
+
+/** Hides the set's own doings from the thread sanitizer: its locking must not hide a race of the product. */
+class Unseen {
+public:
+    Unseen();
+    ~Unseen();
+    Unseen(const Unseen&) = delete;
+    Unseen& operator=(const Unseen&) = delete;
+};
+
+/** The right to touch the world; nothing of the product is called while it is held. Keeps errno. */
+class Hold {
+public:
+    Hold();
+    ~Hold();
+    Hold(const Hold&) = delete;
+    Hold& operator=(const Hold&) = delete;
+
+    /** Waits until `condition` holds; too long ends the process with a report of all threads. */
+    void waitUntil(const char* what, const std::function<bool()>& condition);
+    /** Waits for any change at all. */
+    void wait();
+
+private:
+    int m_errno;
+    Unseen m_unseen;
+    std::unique_lock<std::mutex> m_lock;
+};
+
+inline bool active()
+{
+    return world().active.load(std::memory_order_acquire);
+}
+
+/** How a call fails. */
+struct Strike {
+    int error;
+    int bytes; ///< -1, or how much to transfer instead of failing.
+};
+
+/** What a call is about, for faults and reports. */
+struct Subject {
+    std::string name = {};
+    unsigned long code = 0;
+    const void* object = nullptr;
+};
+
+/**
+ * The beginning of every call of the product: notes where the thread is, may yield, wakes who waits for its progress,
+ * and tells whether the call is to fail.
+ */
+std::optional<Strike> enter(Call call, const Subject& subject);
+
+/** -1 with that errno. */
+int failWith(int error);
+
+/** Something that must not happen; fails the test at its end. */
+void problem(const std::string& text);
+
+/** The calling thread's record. The world is held. */
+Thread& self();
+ThreadKind selfKind();
+/** Ends the process, telling where every thread is. */
+[[noreturn]] void wedged(const char* what);
+void startWatchdog();
+void stopWatchdog();
+
+/** Is every tracked thread, `except` one, at an end or waiting for the test? The world is held. */
+bool quiet(const Thread* except);
+/** For the thread sanitizer: what a thread did before it waits for the test, the test may look at once it settled. */
+void handToTest();
+/** The test's side of it. */
+void takeFromTest();
+
+/** Like `open("/etc/resolv.conf")`. */
+std::string describe(Call call, const std::string& subject);
+/** The rule that lets this call fail, if any; counts. The world is held. */
+FaultRule* strikes(Call call, const Subject& subject, ThreadKind kind);
+
+/** Where a file of the product really is; a kernel table is written before it is looked at. */
+std::string preparedPath(const std::string& path);
+/** Installs the callback recorder when `start` wants it and this is the first look at the kernel's tables. */
+void installAtFirstLook(const std::string& path);
+
+/** Answers a route dump, datagram by datagram. */
+std::vector<std::string> dumpRoutes();
+/** Drops what the calling thread logs. */
+void muteLog(bool muted);
+/** As `Set::settle`. */
+void settleWorld();
+
+// The world is held for all that follow.
+
+KernelIface* findIface(const std::string& name);
+KernelIface& ifaceOrFail(const std::string& name);
+void clearAddress(KernelIface& iface);
+void dropRoutes(const std::string& ifname);
+std::string renderTable(const std::string& path);
+std::string textOf(std::uint32_t address);
+std::uint32_t addressOf(const std::string& text);
+
+std::string realPath(const std::string& path);
+void writeFile(const std::string& path, const std::string& contents);
+std::optional<std::string> readFile(const std::string& path);
+void noteDescriptor(int fd, Descriptor descriptor);
+const Descriptor* findDescriptor(int fd);
+
+/** Runs a command on the simulated machine and returns its wait status. */
+int runCommand(const std::string& command);
+/** Launches a DHCP client. */
+int launchClient(const std::string& command);
+/** A signal for a process; 0 or the errno. */
+int signalProcess(int pid, int number);
+} // namespace sim
+
+#endif
