@@ -18,20 +18,19 @@ class Log:
     def wait_for(self, pattern, seconds, start=0):
         """The index of the first line from `start` on that matches; TimeoutError shows the lines that came instead."""
         expression = re.compile(pattern)
-        seen = start
+        position = start
 
         def found():
-            nonlocal seen
-            while seen < len(self.lines):
-                if expression.search(self.lines[seen]):
-                    return True
-                seen += 1
-            return self.ended
+            nonlocal position
+            while position < len(self.lines) and not expression.search(self.lines[position]):
+                position += 1
+            return position < len(self.lines)
 
         with self._change:
-            if not self._change.wait_for(found, seconds) or self.ended:
+            self._change.wait_for(lambda: found() or self.ended, seconds)
+            if not found():
                 raise TimeoutError(f"no line matches {pattern!r} within {seconds} s:\n" + "\n".join(self.lines[start:]))
-        return seen
+            return position
 
     def next_lines(self, start, seconds):
         """The lines from `start` on, after at most this long for one to come."""

@@ -18,7 +18,6 @@ import signal
 import socket
 import subprocess
 import threading
-import time
 
 from .log import Log
 
@@ -28,6 +27,7 @@ CACHE = pathlib.Path(
     or pathlib.Path(os.environ.get("XDG_CACHE_HOME") or pathlib.Path.home() / ".cache") / "movo-net"
 )
 
+LIBC = ctypes.CDLL(None)
 KERNEL_OPTIONS = "console=ttyS0 quiet panic=-1 mitigations=off random.trust_cpu=on"
 BOOT_SECONDS = 60
 
@@ -76,7 +76,6 @@ class VirtualSet:
         self.console = Log()
         self._qemu = None
         self._timer = None
-        self._started = 0.0
         self._commands, self._monitor = Port(), Port()
 
     def __enter__(self):
@@ -88,9 +87,10 @@ class VirtualSet:
 
     def start(self):
         """Boots the machine and returns when it takes commands."""
+        if not (self.folder / "initrd").exists():
+            raise SetError(f"the virtual set is not in {self.folder}; ./run and ./test e2e build it")
         log, console = Port(), Port()
         ports = [log, console, self._commands, self._monitor]
-        self._started = time.monotonic()
         try:
             self._qemu = subprocess.Popen(
                 self._command_line(*(port.theirs.fileno() for port in ports)),
@@ -153,10 +153,6 @@ class VirtualSet:
             {"execute": "set_link", "arguments": {"name": nic, "up": plugged}}).encode())
         self._monitor_answer()
 
-    def clock(self):
-        """The machine's monotonic time in seconds, as the daemon's log shows it."""
-        return float(self.read("/proc/uptime").split()[0])
-
     def _ask(self, command, seconds):
         self._commands.send(b"%d %s" % (seconds, base64.b64encode(command.encode())))
         status, _, output = self._commands.read(seconds + 5).partition(b" ")
@@ -211,7 +207,7 @@ def _nic(number, plug):
 
 
 def _die_with_parent():
-    ctypes.CDLL(None).prctl(1, signal.SIGKILL)    # PR_SET_PDEATHSIG
+    LIBC.prctl(1, signal.SIGKILL)    # PR_SET_PDEATHSIG
 
 
 def _quoted(text):

@@ -10,10 +10,11 @@ CHAPTERS = [
     (r"link:interface removed (\S+)", "{0} has lost its cable: removed"),
     (r"Set IP mode to  dhcp", "asks for an address by DHCP"),
     (r"(\S+) got IP\.\s+IP: (\S+)\s+MASK: (\S+)", "lease: {0} has {1}, mask {2}"),
+    (r"got IP\..*DNS1: (\S+)", "resolver: {0}"),
     (r"message: down", "the address is lost"),
     (r"add dhcp down event, count is (\d+)", "will try again (attempt {0} before this one)"),
     (r"set gateway to (\S+)", "default route through {0}"),
-    (r"set DNS to ([^,]+), (\S+)", "resolver: {0} and {1}"),
+    (r"set DNS to ([^,]+),", "resolver: {0}"),
 ]
 
 

@@ -55,26 +55,36 @@ def facts(tv, ifname="eth0"):
     }
 
 
-def wait_for_lease(tv):
-    """Until the route and the resolver are in place too, or the time is over."""
-    try:
-        lease = tv.log.wait_for("got IP", LEASE_SECONDS)
-        tv.log.wait_for("set DNS to|SetGateway failed", 5, lease)
-    except TimeoutError:
-        pass    # the summary shows what is missing
+def wait_for_lease(tv, daemon):
+    """Until the daemon has a lease and said which route it sets, or it ended, or the time is over."""
+    deadline = time.monotonic() + LEASE_SECONDS
+    while time.monotonic() < deadline and tv.run(f"kill -0 {daemon}")[0] == 0:
+        try:
+            tv.log.wait_for("set gateway to", 5)
+            return
+        except TimeoutError:
+            pass
 
 
-def summarise(tv):
+def summarise(tv, daemon):
     summary = facts(tv)
-    time.sleep(0.2)    # the log's last lines first
+    if summary["Address"] and not summary["Gateway"]:    # announced, not there yet
+        time.sleep(1)
+        summary = facts(tv)
     print()
     for name, value in summary.items():
         print(f"  {name:<18} {value or '-'}")
+
     online = summary["Gateway reachable"] == "yes" and summary["DNS"] != ""
     if online:
-        print(f"\nOnline: {summary['Interface']} has {summary['Address']} and the gateway answers.")
+        verdict = f"Online: {summary['Interface']} has {summary['Address']} and the gateway answers."
+    elif tv.run(f"kill -0 {daemon}")[0] != 0:
+        verdict = "Not online: the daemon has ended."
+    elif not summary["Address"]:
+        verdict = f"Not online: no address within {LEASE_SECONDS} s."
     else:
-        print("\nNot online: " + ("the gateway does not answer." if summary["Address"] else "no address."))
+        verdict = "Not online: the gateway does not answer or there is no resolver."
+    print(f"\n{verdict}", flush=True)
     return online
 
 
@@ -97,15 +107,15 @@ def prompt(tv):
             case ["quit" | "exit"]:
                 return
             case _:
-                print("unknown command; " + "help shows the list")
+                print("unknown command; help shows the list")
 
 
 def main():
     with VirtualSet(limit=SESSION_SECONDS if ON_TERMINAL else 180) as tv:
         threading.Thread(target=follow, args=(tv,), daemon=True).start()
-        tv.spawn(f"env KEST_DEBUG=3 {DAEMON}")
-        wait_for_lease(tv)
-        online = summarise(tv)
+        daemon = tv.spawn(f"env KEST_DEBUG=3 {DAEMON}")
+        wait_for_lease(tv, daemon)
+        online = summarise(tv, daemon)
         if ON_TERMINAL:
             prompt(tv)
             return 0
