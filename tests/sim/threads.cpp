@@ -144,10 +144,11 @@ int createThread(pthread_t* thread, const pthread_attr_t* attributes, void* (*bo
     }
     Thread* record = start->thread;
     const int result = pthread_create(thread, attributes, runThread, start.get());
+    const Hold hold;
     if (result == 0) {
+        record->id = *thread; // known before the thread itself begins
         (void)start.release();
     } else {
-        const Hold hold;
         record->place = Place::Ended;
     }
     return result;
