@@ -135,10 +135,10 @@ struct WaitSet {
     int highest;
 };
 
-enum class Collected { Ready, NotReady, Ending };
+// The two below speak for the loop's thread function, whose steps they are.
 
-/** Logs for the loop's thread function, whose steps the helpers below are. */
-Collected collectDescriptors(WaitSet& waitSet, const kest_bool* terminate, CallSite at)
+/** Makes the live list current and tells what to wait for; false when this pass is over already. */
+bool collectDescriptors(WaitSet& waitSet, const kest_bool* terminate, CallSite at)
 {
     FD_ZERO(&waitSet.descriptors);
     waitSet.highest = -1;
@@ -146,7 +146,7 @@ Collected collectDescriptors(WaitSet& waitSet, const kest_bool* terminate, CallS
     if (!listLock) {
         NET_LOG_AT(at, KEST_LEVEL_ERROR, "lock mutex failed\n");
         pauseAfterError();
-        return Collected::NotReady;
+        return false;
     }
     int_updateEvents();
     for (const MovoNetEventInt_t* node = eventList; node != nullptr; node = node->next) {
@@ -156,7 +156,7 @@ Collected collectDescriptors(WaitSet& waitSet, const kest_bool* terminate, CallS
             NET_LOG_AT(at, KEST_LEVEL_ERROR, "evt->event.fd >= FD_SETSIZE\n");
             pauseAfterError();
             if (ending(terminate)) {
-                return Collected::Ending;
+                return false;
             }
         }
         if (node->event.fd >= 0) { // any negative one is no descriptor
@@ -164,7 +164,7 @@ Collected collectDescriptors(WaitSet& waitSet, const kest_bool* terminate, CallS
             waitSet.highest = node->event.fd > waitSet.highest ? node->event.fd : waitSet.highest;
         }
     }
-    return Collected::Ready;
+    return true;
 }
 
 void callHandler(const MovoNetEvent_t& event, kest_bool isTimeout)
@@ -200,7 +200,7 @@ void dispatchTick()
 void runPass(const kest_bool* terminate, CallSite at)
 {
     WaitSet waitSet;
-    if (collectDescriptors(waitSet, terminate, at) != Collected::Ready) {
+    if (!collectDescriptors(waitSet, terminate, at)) {
         return;
     }
     timeval timeout{0, kTickMicroseconds};
