@@ -3,6 +3,9 @@
 #define MOVO_NET_H
 
 #include "movo_net_core.h"
+#include "movo_net_iface.h"
+#include "movo_net_ip.h"
 #include "movo_net_types.h"
+#include "movo_net_wifi.h"
 
 #endif

@@ -18,3 +18,8 @@ RETURN_TYPE int_Movo_Net_Wpactrl_ResetConnecting(MovoNetIface_t* /*pIface*/)
 {
     return kBadArgument;
 }
+
+RETURN_TYPE ShutdownWpactrl(MovoNetIface_t* /*pIface*/)
+{
+    return kOk;
+}

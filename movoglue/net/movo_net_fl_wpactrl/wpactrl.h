@@ -15,6 +15,9 @@ RETURN_TYPE int_Movo_Net_Wpactrl_Status(MovoNetIface_t* pIface, kest_bool* isWpa
 /** Starts the connection to the current network anew. 0, or 5 without a supplicant link. */
 RETURN_TYPE int_Movo_Net_Wpactrl_ResetConnecting(MovoNetIface_t* pIface);
 
+/** Closes the link and ends the supplicant. 0, also without a supplicant link. */
+RETURN_TYPE ShutdownWpactrl(MovoNetIface_t* pIface);
+
 } // extern "C"
 
 #endif
