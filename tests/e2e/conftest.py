@@ -16,7 +16,7 @@ from virtualset import VirtualSet
 
 @pytest.fixture(scope="session")
 def machine():
-    with VirtualSet(nics=["cable", "cable"], limit=420) as machine:
+    with VirtualSet(nics=["cable", "cable"], limit=900) as machine:
         yield machine
 
 

@@ -65,13 +65,13 @@ class Television:
 
     # What the log tells, in order
 
-    def expect(self, pattern, seconds=15):
+    def expect(self, pattern, seconds=20):
         """Waits for the next line that matches, after those already expected; returns the match."""
         at = self.machine.log.wait_for(pattern, seconds, self._cursor)
         self._cursor = at + 1
         return re.search(pattern, self.machine.log.lines[at])
 
-    def expect_at(self, pattern, seconds=15):
+    def expect_at(self, pattern, seconds=20):
         """As expect; returns the machine's time at which the daemon wrote the line."""
         self.expect(pattern, seconds)
         return float(self.machine.log.lines[self._cursor - 1].split()[0])

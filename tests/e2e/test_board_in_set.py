@@ -35,9 +35,9 @@ def test_netcfg_sets_the_hardware_address(tv):
     assert tv.machine.read("/sys/class/net/eth1/address") == b"02:00:00:aa:bb:cc\n"
 
 
-@pytest.mark.parametrize("arguments", ["", "eth0", "eth0 sideways", "eth9 up", "eth0 hwprefix 02:00", "eth0 up now"])
-def test_netcfg_fails_on_what_it_cannot_do(tv, arguments):
-    assert tv.machine.run(f"netcfg {arguments}")[0] != 0
+def test_netcfg_fails_on_what_it_cannot_do(tv):
+    for arguments in ("", "eth0", "eth0 sideways", "eth9 up", "eth0 hwprefix 02:00", "eth0 up now"):
+        assert tv.machine.run(f"netcfg {arguments}")[0] != 0, arguments
 
 
 def test_client_has_its_files_in_place_before_new(tv, client):
