@@ -170,6 +170,12 @@ std::vector<std::string> Set::defaultRoutes() const
     return texts;
 }
 
+std::vector<std::string> Set::netlinkRequests() const
+{
+    const Hold hold;
+    return world().records.netlinkRequests;
+}
+
 void Set::answerDump(std::vector<std::string> datagrams)
 {
     const Hold hold;

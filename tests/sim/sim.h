@@ -141,6 +141,8 @@ public:
     std::vector<LogLine> log() const;
     std::vector<Called> callbacks() const;
     std::vector<Signal> signals() const;
+    /** What was sent to the kernel to ask for its routes, byte for byte. */
+    std::vector<std::string> netlinkRequests() const;
     /** Product descriptors that are open, each as the call that opened it, oldest first. */
     std::vector<std::string> openDescriptors() const;
     /** Makes a descriptor of the test the product's, which may then close it. */

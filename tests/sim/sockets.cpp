@@ -46,6 +46,7 @@ ssize_t sendTo(int fd, const void* buffer, size_t size)
     }
     const auto datagrams = dumpRoutes();
     const Hold hold;
+    world().records.netlinkRequests.emplace_back(static_cast<const char*>(buffer), size);
     auto& waiting = world().files.descriptors.at(fd).datagrams;
     waiting.insert(waiting.end(), datagrams.begin(), datagrams.end());
     return static_cast<ssize_t>(size);

@@ -40,6 +40,7 @@ struct Threads {
     unsigned generation = 1; ///< Raised by whoever wants every waiting thread to look at its input again.
     unsigned activity = 0;   ///< Counts the calls of tracked threads.
     bool holdLoop = false;   ///< The event loop does not begin yet.
+    bool parkLoop = false; ///< Its first pass does not begin yet.
     bool loopCreated = false;
     bool loopReached = false; ///< It takes registrations, or has ended.
     std::vector<pthread_t> background;
@@ -129,6 +130,7 @@ struct Records {
     std::vector<Called> callbacks;
     std::size_t callbacksTaken = 0; ///< Already compared.
     std::vector<Signal> signals;
+    std::vector<std::string> netlinkRequests;
     std::function<void(MovoNetCBReason_e, void*)> onCallback;
     bool installAtFirstLook = false;
 };
