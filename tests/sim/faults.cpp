@@ -1,90 +1,50 @@
 #include "sim/sim.h"
 #include "sim/world.h"
 
+#include <iterator>
+
 namespace sim {
 namespace {
-const char* nameOf(Call call)
-{
-    switch (call) {
-    case Call::Open:
-        return "open";
-    case Call::Close:
-        return "close";
-    case Call::Read:
-        return "read";
-    case Call::Write:
-        return "write";
-    case Call::Lseek:
-        return "lseek";
-    case Call::Fsync:
-        return "fsync";
-    case Call::Mkfifo:
-        return "mkfifo";
-    case Call::Unlink:
-        return "unlink";
-    case Call::Rename:
-        return "rename";
-    case Call::Access:
-        return "access";
-    case Call::Stat:
-        return "stat";
-    case Call::Chmod:
-        return "chmod";
-    case Call::Sync:
-        return "sync";
-    case Call::Fopen:
-        return "fopen";
-    case Call::Fclose:
-        return "fclose";
-    case Call::Popen:
-        return "popen";
-    case Call::System:
-        return "system";
-    case Call::Kill:
-        return "kill";
-    case Call::Socket:
-        return "socket";
-    case Call::Ioctl:
-        return "ioctl";
-    case Call::Send:
-        return "send";
-    case Call::Recv:
-        return "recv";
-    case Call::IfIndexToName:
-        return "if_indextoname";
-    case Call::Select:
-        return "select";
-    case Call::Sleep:
-        return "sleep";
-    case Call::ThreadCreate:
-        return "pthread_create";
-    case Call::ThreadJoin:
-        return "pthread_join";
-    case Call::MutexAttrInit:
-        return "pthread_mutexattr_init";
-    case Call::MutexAttrSetType:
-        return "pthread_mutexattr_settype";
-    case Call::MutexInit:
-        return "pthread_mutex_init";
-    case Call::MutexLock:
-        return "pthread_mutex_lock";
-    case Call::MutexTryLock:
-        return "pthread_mutex_trylock";
-    case Call::CondWait:
-        return "pthread_cond_wait";
-    case Call::CondSignal:
-        return "pthread_cond_signal";
-    case Call::Malloc:
-        return "malloc";
-    case Call::Calloc:
-        return "calloc";
-    case Call::Strdup:
-        return "strdup";
-    case Call::Vasprintf:
-        return "vasprintf";
-    }
-    return "?";
-}
+/** In the order of the enumeration. */
+constexpr const char* kNames[] = {"open",
+                                  "close",
+                                  "read",
+                                  "write",
+                                  "lseek",
+                                  "fsync",
+                                  "mkfifo",
+                                  "unlink",
+                                  "rename",
+                                  "access",
+                                  "stat",
+                                  "chmod",
+                                  "sync",
+                                  "fopen",
+                                  "fclose",
+                                  "popen",
+                                  "system",
+                                  "kill",
+                                  "socket",
+                                  "ioctl",
+                                  "send",
+                                  "recv",
+                                  "if_indextoname",
+                                  "select",
+                                  "sleep",
+                                  "pthread_create",
+                                  "pthread_join",
+                                  "pthread_mutexattr_init",
+                                  "pthread_mutexattr_settype",
+                                  "pthread_mutex_init",
+                                  "pthread_mutex_lock",
+                                  "pthread_mutex_trylock",
+                                  "pthread_cond_wait",
+                                  "pthread_cond_signal",
+                                  "malloc",
+                                  "calloc",
+                                  "strdup",
+                                  "vasprintf"};
+static_assert(std::size(kNames) == static_cast<std::size_t>(Call::Vasprintf) + 1);
 
 bool liesIn(const void* inner, const Fault& fault)
 {
@@ -104,7 +64,8 @@ bool matches(const Fault& fault, Call call, const Subject& subject, ThreadKind k
 
 std::string describe(Call call, const std::string& subject)
 {
-    return std::string(nameOf(call)) + "(" + (subject.empty() ? "" : "\"" + subject + "\"") + ")";
+    return std::string(kNames[static_cast<std::size_t>(call)]) + "(" + (subject.empty() ? "" : "\"" + subject + "\"") +
+           ")";
 }
 
 FaultRule* strikes(Call call, const Subject& subject, ThreadKind kind)

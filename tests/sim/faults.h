@@ -62,7 +62,8 @@ enum class ThreadKind { Test, Loop, Product, Other, Any };
  *     set.fail({.call = Call::System, .on = "chmod", .nth = 1});                          // no shell: -1
  *     set.fail({.call = Call::MutexLock, .object = &movonet::ifaceListLock, .size = sizeof(movonet::ifaceListLock)});
  *
- * Calls that tell their error by the return value (pthread) return `error`, the others set errno to it.
+ * Calls that tell their error by the return value (pthread) return `error`, the others set errno to it. A wait for a
+ * condition that is struck ends at once, for no reason.
  */
 struct Fault {
     Call call;

@@ -95,7 +95,8 @@ public:
     /** Pipe of the last launch, as the product named it. */
     std::string pipe() const;
 
-    /** Writes bytes to the notify pipe. A pipe that nobody has open fails the test. */
+    /** Writes bytes to the notify pipe; a tick passes if the loop does not know the pipe yet. A pipe that nobody has
+     * open fails the test. */
     void says(const std::string& message);
     /** Address, route, info file and resolver file first, then "new". */
     void leases(const Lease& lease = {});

@@ -41,6 +41,7 @@ int sim_pthread_mutex_lock(pthread_mutex_t* mutex)
         if (const auto strike = enter(Call::MutexLock, {.object = mutex})) {
             return strike->error;
         }
+        parkLoopAt(mutex);
     }
     return pthread_mutex_lock(mutex);
 }

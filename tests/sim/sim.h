@@ -100,11 +100,12 @@ public:
     // --- The glue ---
 
     /** `Movo_NET_Glue_Init` with the callback recorder installed from inside its first look; `settle`s unless it
-     * failed. */
+     * failed. Without a seed the loop's first pass comes after it: the link pass then runs every 10th tick. */
     int start();
     /** `Movo_NET_Glue_Exit`. */
     int stop();
-    /** For tests of single modules: the event loop alone, running and settled. Ended by the set. */
+    /** For tests of single modules: the event loop alone, running and settled. Ended by the set. What is registered
+     * from now on is live after the loop's present wait: the first granted tick is not counted for it. */
     void startLoop();
     void stopLoop();
     /** Installs the recorder now; `start` does it by itself. */

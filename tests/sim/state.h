@@ -40,7 +40,7 @@ struct Threads {
     unsigned generation = 1; ///< Raised by whoever wants every waiting thread to look at its input again.
     unsigned activity = 0;   ///< Counts the calls of tracked threads.
     bool holdLoop = false;   ///< The event loop does not begin yet.
-    bool parkLoop = false; ///< Its first pass does not begin yet.
+    bool parkLoop = false;   ///< Its first pass does not begin yet.
     bool loopCreated = false;
     bool loopReached = false; ///< It takes registrations, or has ended.
     std::vector<pthread_t> background;

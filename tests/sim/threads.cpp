@@ -2,6 +2,7 @@
 #include "sim/sim.h"
 #include "sim/world.h"
 
+#include "movo_net_fl_eventloop/eventloop.h"
 #include "movo_net_internal.h"
 
 #include <memory>
@@ -84,12 +85,12 @@ void* runThread(void* argument)
     return result;
 }
 
-void letLoopBegin()
+/** Lets a loop thread go on that is held back by nothing else. */
+void letLoopGo()
 {
     World& w = world();
-    w.threads.holdLoop = false;
     for (Thread& thread : w.threads.all) {
-        if (thread.place == Place::Held) {
+        if (thread.place == Place::Held && !w.threads.holdLoop && !w.threads.parkLoop) {
             thread.place = Place::Running;
         }
     }
@@ -102,6 +103,7 @@ public:
     AtPlace(Place place, const void* condition, pthread_t joined)
     {
         const Hold hold;
+        unparkLoop();
         Thread& me = sim::self();
         me.place = place;
         me.waitsFor = condition;
@@ -139,6 +141,7 @@ int createThread(pthread_t* thread, const pthread_attr_t* attributes, void* (*bo
             record.terminate = static_cast<const unsigned char*>(argument);
             world().threads.loopCreated = true;
             world().threads.loopReached = false;
+            world().threads.parkLoop = world().seed == 0;
         }
         start->thread = &record;
     }
@@ -176,6 +179,30 @@ ThreadKind selfKind()
     return self().kind;
 }
 
+void unparkLoop()
+{
+    world().threads.parkLoop = false;
+    letLoopGo();
+}
+
+void parkLoopAt(const void* mutex)
+{
+    Hold hold;
+    World& w = world();
+    Thread& me = self();
+    const auto* address = static_cast<const char*>(mutex);
+    const auto* begin = reinterpret_cast<const char*>(&movonet::eventListLock);
+    if (me.kind != ThreadKind::Loop || address < begin || address >= begin + sizeof(movonet::eventListLock)) {
+        return;
+    }
+    while (w.threads.parkLoop && !isToEnd(me)) {
+        me.place = Place::Held;
+        w.changed.notify_all();
+        hold.wait();
+    }
+    me.place = Place::Running;
+}
+
 bool quiet(const Thread* except)
 {
     for (const Thread& thread : world().threads.all) {
@@ -196,7 +223,8 @@ void Set::holdLoopThread()
 void Set::releaseLoopThread()
 {
     const Hold hold;
-    letLoopBegin();
+    world().threads.holdLoop = false;
+    letLoopGo();
 }
 
 void Set::background(std::function<void()> body)
@@ -272,10 +300,13 @@ int sim_pthread_cond_wait(pthread_cond_t* condition, pthread_mutex_t* mutex)
     if (!active()) {
         return pthread_cond_wait(condition, mutex);
     }
-    (void)enter(Call::CondWait, {.object = condition});
+    if (enter(Call::CondWait, {.object = condition})) {
+        return 0; // awake for no reason, as a wait may be
+    }
     {
         const Hold hold;
-        letLoopBegin();
+        world().threads.holdLoop = false;
+        letLoopGo();
     }
     handToTest();
     const AtPlace place(Place::Waiting, condition, {});

@@ -8,10 +8,7 @@ namespace sim {
 namespace {
 constexpr std::int64_t kMicrosecondsPerSecond = 1'000'000;
 
-bool isToEnd(const Thread& thread)
-{
-    return thread.terminate != nullptr && __atomic_load_n(thread.terminate, __ATOMIC_ACQUIRE) != 0;
-}
+} // namespace
 
 bool anybodySelects()
 {
@@ -23,6 +20,7 @@ bool anybodySelects()
     return false;
 }
 
+namespace {
 /** The descriptors of one select call, and what is to be told of them. */
 struct Watched {
     int count;
@@ -109,6 +107,7 @@ void sleepInWorld(std::int64_t microseconds)
 void settleInWorld(Hold& hold, const char* what)
 {
     World& w = world();
+    unparkLoop();
     unsigned before = 0;
     do {
         before = w.threads.activity;
@@ -144,7 +143,12 @@ void settleWorld()
 
 void Set::grantTicks(int count)
 {
-    settle();
+    passTicks(count);
+}
+
+void passTicks(int count)
+{
+    settleWorld();
     {
         Hold hold;
         Time& time = world().time;

@@ -13,7 +13,11 @@
 
 namespace sim {
 namespace {
+#ifdef SIM_THREAD_SANITIZER
+constexpr unsigned kPatienceSeconds = 60;
+#else
 constexpr unsigned kPatienceSeconds = 20;
+#endif
 constexpr int kFrames = 32;
 
 std::atomic<unsigned> s_told;
@@ -84,7 +88,7 @@ void onAlarm(int /*signal*/)
         wedged("any call of the product");
     }
     s_lastProgress = progress;
-    (void)alarm(kPatienceSeconds);
+    (void)alarm(patienceSeconds());
 }
 
 void handle(int signal, void (*handler)(int))
@@ -95,6 +99,15 @@ void handle(int signal, void (*handler)(int))
     (void)sigaction(signal, &action, nullptr);
 }
 } // namespace
+
+unsigned patienceSeconds()
+{
+    static const unsigned seconds = [] {
+        const char* text = std::getenv("SIM_PATIENCE");
+        return text != nullptr ? static_cast<unsigned>(std::atoi(text)) : kPatienceSeconds;
+    }();
+    return seconds;
+}
 
 void wedged(const char* what)
 {
@@ -116,7 +129,7 @@ void startWatchdog()
     void* frame = nullptr;
     (void)backtrace(&frame, 1); // loads what it needs now, not in the signal's handler
     handle(SIGALRM, onAlarm);
-    (void)alarm(kPatienceSeconds);
+    (void)alarm(patienceSeconds());
 }
 
 void stopWatchdog()

@@ -6,14 +6,6 @@
 #include <chrono>
 #include <sched.h>
 
-#ifdef __SANITIZE_THREAD__
-#define SIM_THREAD_SANITIZER 1
-#elif defined(__has_feature)
-#if __has_feature(thread_sanitizer)
-#define SIM_THREAD_SANITIZER 1
-#endif
-#endif
-
 #ifdef SIM_THREAD_SANITIZER
 extern "C" {
 void AnnotateIgnoreReadsBegin(const char* file, int line);
@@ -30,11 +22,8 @@ void __tsan_release(void* address);
 namespace sim {
 namespace {
 #ifdef SIM_THREAD_SANITIZER
-constexpr std::chrono::seconds kPatience{60};
 char s_toTest;
 char s_fromTest;
-#else
-constexpr std::chrono::seconds kPatience{20};
 #endif
 
 /** A few yields, how many is up to the thread's own sequence of numbers. */
@@ -56,12 +45,17 @@ void noteProgress(World& w, const Thread& me)
         return;
     }
     for (const Thread& thread : w.threads.all) {
-        if (thread.terminate != nullptr && __atomic_load_n(thread.terminate, __ATOMIC_ACQUIRE) != 0) {
+        if (isToEnd(thread)) {
             w.changed.notify_all();
         }
     }
 }
 } // namespace
+
+bool isToEnd(const Thread& thread)
+{
+    return thread.terminate != nullptr && __atomic_load_n(thread.terminate, __ATOMIC_ACQUIRE) != 0;
+}
 
 World& world()
 {
@@ -103,12 +97,7 @@ void takeFromTest()
 #endif
 }
 
-Hold::Hold() : m_errno(errno), m_lock(world().mutex) {}
-
-Hold::~Hold()
-{
-    errno = m_errno;
-}
+Hold::Hold() : m_lock(world().mutex) {}
 
 void Hold::wait()
 {
@@ -117,7 +106,7 @@ void Hold::wait()
 
 void Hold::waitUntil(const char* what, const std::function<bool()>& condition)
 {
-    if (!world().changed.wait_for(m_lock, kPatience, condition)) {
+    if (!world().changed.wait_for(m_lock, std::chrono::seconds(patienceSeconds()), condition)) {
         wedged(what);
     }
 }
@@ -125,6 +114,7 @@ void Hold::waitUntil(const char* what, const std::function<bool()>& condition)
 std::optional<Strike> enter(Call call, const Subject& subject)
 {
     World& w = world();
+    const int error = errno;
     std::optional<Strike> strike;
     unsigned random = 0;
     {
@@ -145,6 +135,7 @@ std::optional<Strike> enter(Call call, const Subject& subject)
         }
     }
     yieldBySeed(random);
+    errno = error;
     return strike;
 }
 

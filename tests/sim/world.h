@@ -13,6 +13,14 @@
 #include <mutex>
 #include <optional>
 
+#ifdef __SANITIZE_THREAD__
+#define SIM_THREAD_SANITIZER 1
+#elif defined(__has_feature)
+#if __has_feature(thread_sanitizer)
+#define SIM_THREAD_SANITIZER 1
+#endif
+#endif
+
 namespace sim {
 /** Everything there is. Never destroyed: a thread that the product leaves behind may still wait in it. */
 struct World {
@@ -46,11 +54,11 @@ public:
     Unseen& operator=(const Unseen&) = delete;
 };
 
-/** The right to touch the world; nothing of the product is called while it is held. Keeps errno. */
+/** The right to touch the world; nothing of the product is called while it is held. */
 class Hold {
 public:
     Hold();
-    ~Hold();
+    ~Hold() = default;
     Hold(const Hold&) = delete;
     Hold& operator=(const Hold&) = delete;
 
@@ -60,7 +68,6 @@ public:
     void wait();
 
 private:
-    int m_errno;
     Unseen m_unseen;
     std::unique_lock<std::mutex> m_lock;
 };
@@ -85,7 +92,7 @@ struct Subject {
 
 /**
  * The beginning of every call of the product: notes where the thread is, may yield, wakes who waits for its progress,
- * and tells whether the call is to fail.
+ * and tells whether the call is to fail. Keeps errno.
  */
 std::optional<Strike> enter(Call call, const Subject& subject);
 
@@ -100,8 +107,20 @@ Thread& self();
 ThreadKind selfKind();
 /** Ends the process, telling where every thread is. */
 [[noreturn]] void wedged(const char* what);
+/** How long nothing may move: 20 s, more where programs run slowly, or the environment variable SIM_PATIENCE. */
+unsigned patienceSeconds();
 void startWatchdog();
 void stopWatchdog();
+
+/** Is this the event loop, told to end? */
+bool isToEnd(const Thread& thread);
+/** Without a seed the order of a start is always the same: the loop's first pass waits for the test to settle, or for
+ * somebody who waits for another thread. */
+void parkLoopAt(const void* mutex);
+/** Lets it go on. The world is held. */
+void unparkLoop();
+/** Does any thread wait for a tick? The world is held. */
+bool anybodySelects();
 
 /** Is every tracked thread, `except` one, at an end or waiting for the test? The world is held. */
 bool quiet(const Thread* except);
@@ -124,8 +143,9 @@ void installAtFirstLook(const std::string& path);
 std::vector<std::string> dumpRoutes();
 /** Drops what the calling thread logs. */
 void muteLog(bool muted);
-/** As `Set::settle`. */
+/** As `Set::settle` and `Set::grantTicks`. */
 void settleWorld();
+void passTicks(int count);
 
 // The world is held for all that follow.
 
