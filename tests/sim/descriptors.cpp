@@ -1,4 +1,5 @@
 #include "sim/calls.h"
+#include "sim/flash.h"
 #include "sim/sim.h"
 #include "sim/world.h"
 
@@ -69,7 +70,8 @@ int sim_close(int fd)
     if (!active()) {
         return close(fd);
     }
-    const auto strike = enter(Call::Close, {.name = subjectOf(fd)});
+    const std::string subject = subjectOf(fd);
+    const auto strike = enter(Call::Close, {.name = subject});
     bool known = false;
     {
         const Hold hold;
@@ -80,6 +82,7 @@ int sim_close(int fd)
         return failWith(EBADF);
     }
     const int result = close(fd);
+    noteFileCall(Call::Close, fd, subject);
     return strike ? failWith(strike->error) : result; // closed all the same, as the kernel does
 }
 
@@ -88,11 +91,16 @@ ssize_t sim_read(int fd, void* buffer, size_t size)
     if (!active()) {
         return read(fd, buffer, size);
     }
-    const auto strike = enter(Call::Read, {.name = subjectOf(fd)});
+    const std::string subject = subjectOf(fd);
+    const auto strike = enter(Call::Read, {.name = subject});
     if (strike && strike->bytes < 0) {
         return failWith(strike->error);
     }
-    return read(fd, buffer, atMost(size, strike));
+    const ssize_t result = read(fd, buffer, atMost(size, strike));
+    if (result >= 0) {
+        noteFileCall(Call::Read, fd, subject);
+    }
+    return result;
 }
 
 ssize_t sim_write(int fd, const void* buffer, size_t size)
@@ -100,11 +108,16 @@ ssize_t sim_write(int fd, const void* buffer, size_t size)
     if (!active()) {
         return write(fd, buffer, size);
     }
-    const auto strike = enter(Call::Write, {.name = subjectOf(fd)});
+    const std::string subject = subjectOf(fd);
+    const auto strike = enter(Call::Write, {.name = subject});
     if (strike && strike->bytes < 0) {
         return failWith(strike->error);
     }
-    return write(fd, buffer, atMost(size, strike));
+    const ssize_t result = write(fd, buffer, atMost(size, strike));
+    if (result >= 0) {
+        noteFileCall(Call::Write, fd, subject);
+    }
+    return result;
 }
 
 off_t sim_lseek(int fd, off_t offset, int whence)
@@ -114,7 +127,11 @@ off_t sim_lseek(int fd, off_t offset, int whence)
             return failWith(strike->error);
         }
     }
-    return lseek(fd, offset, whence);
+    const off_t result = lseek(fd, offset, whence);
+    if (active() && result >= 0) {
+        noteFileCall(Call::Lseek, fd, subjectOf(fd));
+    }
+    return result;
 }
 
 int sim_fsync(int fd)
@@ -124,5 +141,9 @@ int sim_fsync(int fd)
             return failWith(strike->error);
         }
     }
-    return fsync(fd);
+    const int result = fsync(fd);
+    if (active() && result == 0) {
+        noteFileCall(Call::Fsync, fd, subjectOf(fd));
+    }
+    return result;
 }

@@ -1,4 +1,5 @@
 #include "sim/calls.h"
+#include "sim/flash.h"
 #include "sim/sim.h"
 #include "sim/world.h"
 
@@ -104,6 +105,9 @@ int sim_open(const char* path, int flags, ...)
         const Hold hold;
         noteDescriptor(fd, {DescriptorKind::File, path, describe(Call::Open, path)});
     }
+    if (fd >= 0) {
+        noteFileCall(Call::Open, fd, path);
+    }
     return fd;
 }
 
@@ -126,7 +130,11 @@ int sim_unlink(const char* path)
     if (const auto strike = enter(Call::Unlink, {.name = path})) {
         return failWith(strike->error);
     }
-    return unlink(realPath(path).c_str());
+    const int result = unlink(realPath(path).c_str());
+    if (result == 0) {
+        noteFileCall(Call::Unlink, -1, path);
+    }
+    return result;
 }
 
 int sim_remove(const char* path)
@@ -137,7 +145,11 @@ int sim_remove(const char* path)
     if (const auto strike = enter(Call::Unlink, {.name = path})) {
         return failWith(strike->error);
     }
-    return remove(realPath(path).c_str());
+    const int result = remove(realPath(path).c_str());
+    if (result == 0) {
+        noteFileCall(Call::Unlink, -1, path);
+    }
+    return result;
 }
 
 int sim_rename(const char* from, const char* to)
@@ -148,7 +160,11 @@ int sim_rename(const char* from, const char* to)
     if (const auto strike = enter(Call::Rename, {.name = from})) {
         return failWith(strike->error);
     }
-    return rename(realPath(from).c_str(), realPath(to).c_str());
+    const int result = rename(realPath(from).c_str(), realPath(to).c_str());
+    if (result == 0) {
+        noteFileCall(Call::Rename, -1, from, to);
+    }
+    return result;
 }
 
 int sim_access(const char* path, int mode)
@@ -188,6 +204,7 @@ void sim_sync()
 {
     if (active()) {
         (void)enter(Call::Sync, {}); // the machine that runs the test has nothing to gain from a real one
+        noteFileCall(Call::Sync, -1, "");
         return;
     }
     sync();

@@ -1,4 +1,5 @@
 #include "sim/calls.h"
+#include "sim/ethtool.h"
 #include "sim/world.h"
 
 #include <algorithm>
@@ -92,6 +93,8 @@ int answerIface(KernelIface& iface, unsigned long code, ifreq& request)
     case SIOCGMIIPHY:
     case SIOCGMIIREG:
         return answerMii(iface, code, request);
+    case SIOCETHTOOL:
+        return answerEthtool(iface.name, request.ifr_data);
     default:
         return ENOTTY;
     }
