@@ -9,18 +9,25 @@ namespace sim {
 namespace {
 constexpr int kNotFound = 127 << 8; // what the shell ends with
 
-/** The newest script for the command that is not used up; its count goes down. */
-CommandScript* takeScript(const std::string& command)
+/** The newest script for the command that is not used up; its count goes down and its action is run. */
+std::optional<CommandScript> playScript(const std::string& command)
 {
-    auto& scripts = world().commands.scripts;
-    for (auto script = scripts.rbegin(); script != scripts.rend(); ++script) {
-        const bool answers = script->status || script->output || script->action;
-        if (answers && script->left != 0 && command.starts_with(script->beginning)) {
-            script->left -= script->left > 0 ? 1 : 0;
-            return &*script;
+    std::optional<CommandScript> played;
+    {
+        const Hold hold;
+        auto& scripts = world().commands.scripts;
+        for (auto script = scripts.rbegin(); script != scripts.rend() && !played; ++script) {
+            const bool answers = script->status || script->output || script->action;
+            if (answers && script->left != 0 && command.starts_with(script->beginning)) {
+                script->left -= script->left > 0 ? 1 : 0;
+                played = *script;
+            }
         }
     }
-    return nullptr;
+    if (played && played->action) {
+        played->action();
+    }
+    return played;
 }
 
 void journal(const std::string& command, int status, bool opened)
@@ -41,17 +48,9 @@ void letLoopReachItsWait()
 
 int executeScripted(const std::string& command)
 {
-    std::function<void()> action;
     std::optional<int> status;
-    {
-        const Hold hold;
-        if (const CommandScript* script = takeScript(command); script != nullptr) {
-            action = script->action;
-            status = script->status ? script->status : (script->output ? std::optional<int>(0) : std::nullopt);
-        }
-    }
-    if (action) {
-        action();
+    if (const auto script = playScript(command)) {
+        status = script->status ? script->status : (script->output ? std::optional<int>(0) : std::nullopt);
     }
     const Hold hold;
     const int result = status ? *status : runCommand(command);
@@ -149,10 +148,10 @@ FILE* sim_popen(const char* command, const char* mode)
         return nullptr;
     }
     letLoopReachItsWait();
+    const auto script = playScript(command);
     const Hold hold;
-    const CommandScript* script = takeScript(command);
-    const int status = script == nullptr ? kNotFound : script->status.value_or(0);
-    const std::string output = script != nullptr ? script->output.value_or("") : "";
+    const int status = script ? script->status.value_or(0) : kNotFound;
+    const std::string output = script ? script->output.value_or("") : "";
     journal(command, status, true);
 
     const std::string name = "/.output" + std::to_string(world().files.opened);

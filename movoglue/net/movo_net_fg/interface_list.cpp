@@ -8,8 +8,17 @@ using namespace movonet;
 namespace {
 constexpr LogModule kLog{"movo_net_fg", &movoglue_net_debug};
 
-/** Records taken off the list, chained through `next`: who walks without the lock may still stand on one of them. */
+/** Records taken off the list, in its order: who walks without the lock and stands on one of them goes on as before. */
 MovoNetIface_t* s_pRetired; // guarded by ifaceListLock
+
+void append(MovoNetIface_t*& list, MovoNetIface_t* iface)
+{
+    MovoNetIface_t** link = &list;
+    while (*link != nullptr) {
+        link = &(*link)->next;
+    }
+    set(*link, iface);
+}
 } // namespace
 
 namespace movonet {
@@ -19,11 +28,7 @@ MovoNetIface_t* s_pInterfaces;
 
 void appendInterface(MovoNetIface_t* iface)
 {
-    MovoNetIface_t** link = &s_pInterfaces;
-    while (*link != nullptr) {
-        link = &(*link)->next;
-    }
-    set(*link, iface);
+    append(s_pInterfaces, iface);
 }
 
 MovoNetIface_t* takeHeadInterface()
@@ -37,8 +42,8 @@ MovoNetIface_t* takeHeadInterface()
 
 void retireInterface(MovoNetIface_t* iface)
 {
-    set(iface->next, s_pRetired);
-    s_pRetired = iface;
+    set(iface->next, nullptr);
+    append(s_pRetired, iface);
 }
 } // namespace movonet
 

@@ -33,22 +33,37 @@ bool createLocks()
     return ifaceListLock.create() && callbackListLock.create() && updateIfListLock.create();
 }
 
-/** Makes the loop's thread unless an earlier, failed start has left one. */
+/** Makes the loop's thread unless an earlier, failed start has left one, whose end somebody may wait for already. */
 bool startLoopThread()
 {
     (void)pthread_mutex_lock(&s_loopThreadLock);
-    bool running = s_loopThread == LoopThread::Running;
-    if (!running) {
-        running = pthread_create(&s_eventLoopThreadId, nullptr, int_eventLoopThread, &s_bThreadTerminating) == 0;
-        s_loopThread = running ? LoopThread::Running : s_loopThread;
+    bool there = s_loopThread == LoopThread::Running || s_loopThread == LoopThread::Joining;
+    if (!there && pthread_create(&s_eventLoopThreadId, nullptr, int_eventLoopThread, &s_bThreadTerminating) == 0) {
+        s_loopThread = LoopThread::Running;
+        there = true;
     }
     (void)pthread_mutex_unlock(&s_loopThreadLock);
-    return running;
+    return there;
 }
 
-/** Joins the loop's thread; of several callers one joins and the others wait for it. */
-void joinLoopThread()
+bool onLoopThread()
 {
+    (void)pthread_mutex_lock(&s_loopThreadLock);
+    const bool mine = s_loopThread != LoopThread::None && s_loopThread != LoopThread::Joined &&
+                      pthread_equal(s_eventLoopThreadId, pthread_self()) != 0;
+    (void)pthread_mutex_unlock(&s_loopThreadLock);
+    return mine;
+}
+
+/**
+ * Waits for the end of the loop's thread, if there is one; of several callers one joins it, the others wait for that
+ * one. False on the thread itself, which cannot wait for its own end.
+ */
+bool joinLoopThread()
+{
+    if (onLoopThread()) {
+        return false;
+    }
     (void)pthread_mutex_lock(&s_loopThreadLock);
     if (s_loopThread == LoopThread::Running) {
         s_loopThread = LoopThread::Joining;
@@ -63,15 +78,7 @@ void joinLoopThread()
         (void)pthread_cond_wait(&s_loopThreadJoined, &s_loopThreadLock);
     }
     (void)pthread_mutex_unlock(&s_loopThreadLock);
-}
-
-bool onLoopThread()
-{
-    (void)pthread_mutex_lock(&s_loopThreadLock);
-    const bool mine = s_loopThread != LoopThread::None && s_loopThread != LoopThread::Joined &&
-                      pthread_equal(s_eventLoopThreadId, pthread_self()) != 0;
-    (void)pthread_mutex_unlock(&s_loopThreadLock);
-    return mine;
+    return true;
 }
 
 enum class Start { Mine, Others, Done };
@@ -151,9 +158,10 @@ RETURN_TYPE dropInterfaces(CallSite at)
     return kOk;
 }
 
-/** A link pass that ran while the list was emptied may have filled it again. */
-void dropLateInterfaces()
+/** A link pass that ran while the glue was being stopped may have filled the list again and reported it done. */
+void undoLatePass()
 {
+    set(s_bIsInitDone, kFalse);
     const ScopedLock lock(ifaceListLock);
     if (!lock) {
         return;
@@ -166,11 +174,10 @@ void dropLateInterfaces()
 void endLoop()
 {
     Kest_Util_Delay(kStopDelayMs);
-    if (onLoopThread()) {
-        return; // called from a callback in spite of the contract: a thread cannot wait for itself
+    if (!joinLoopThread()) {
+        return; // called from a callback in spite of the contract: the loop still needs the locks
     }
-    joinLoopThread();
-    dropLateInterfaces();
+    undoLatePass();
     callbackListLock.retire();
     ifaceListLock.retire();
     updateIfListLock.retire();
@@ -224,7 +231,7 @@ RETURN_TYPE Movo_NET_Glue_Exit(void)
 
 void WaitForChild2Exit(void)
 {
-    joinLoopThread();
+    (void)joinLoopThread();
 }
 
 kest_bool Movo_NET_IsInitializationDone(kest_sint32 /*appid*/)
