@@ -140,7 +140,9 @@ int readNlSock(int sockFd, char* bufPtr, int seqNum, int pId)
 {
     int total = 0;
     for (;;) {
-        const ssize_t result = recv(sockFd, bufPtr + total, static_cast<std::size_t>(kReplySize - total), 0);
+        const auto room = static_cast<std::size_t>(kReplySize - total);
+        // With no room left the end may be lost already, and waiting for more would never end.
+        const ssize_t result = room > 0 ? recv(sockFd, bufPtr + total, room, 0) : 0;
         if (result < 0) {
             NET_ERROR("recv failed\n");
             return -1;
