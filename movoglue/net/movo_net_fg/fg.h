@@ -65,6 +65,10 @@ MovoNetIface_t* highestPriority(Qualifies qualifies)
 
 extern "C" {
 
+/** The platform's clients of the glue, one at the most, and how many there are; see resource.cpp. */
+extern kest_sint32 m_appid[1];
+extern kest_sint32 m_nbrclients;
+
 /**
  * One look at the interfaces: discovers new ones, activates those that became available, removes those that are gone.
  * A handler of the event loop; the arguments are not used.

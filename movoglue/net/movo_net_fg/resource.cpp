@@ -2,17 +2,18 @@
 #include "support/log.h"
 
 #include <cstdint>
+#include <iterator>
 
 using namespace movonet;
+
+kest_sint32 m_appid[1];
+kest_sint32 m_nbrclients;
 
 namespace {
 constexpr LogModule kLog{"movo_net_fg", &movoglue_net_debug};
 
-constexpr kest_sint32 kMaxClients = 1;
+constexpr kest_sint32 kMaxClients = std::size(m_appid);
 constexpr int kMaxEss = 50;
-
-kest_sint32 m_appid[kMaxClients];
-kest_sint32 m_nbrclients;
 
 bool isOurs(kest_sint32 resid, CallSite at)
 {
