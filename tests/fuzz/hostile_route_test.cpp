@@ -138,7 +138,7 @@ TEST(HostileDump, OfAnySizeFitsTheBufferOrIsRefused)
 {
     sim::Set set;
     Hostile hostile(6);
-    for (int round = 0; round < kRounds / 4; ++round) {
+    for (int round = 0; round < kRounds / 10; ++round) {
         std::vector<std::string> datagrams;
         for (std::size_t count = hostile.upTo(5); count > 0; --count) {
             std::string datagram;

@@ -2,6 +2,7 @@
 #ifndef MOVO_NET_SUPPORT_TEXT_H
 #define MOVO_NET_SUPPORT_TEXT_H
 
+#include <algorithm>
 #include <array>
 #include <cstdarg>
 #include <cstddef>
@@ -49,7 +50,7 @@ private:
 template <std::size_t N>
 void copyText(char (&to)[N], const char* from)
 {
-    const std::size_t length = strnlen(from, N - 1);
+    const std::size_t length = std::min(std::strlen(from), N - 1);
     std::memcpy(to, from, length);
     std::memset(to + length, 0, N - length);
 }
