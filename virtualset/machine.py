@@ -29,7 +29,7 @@ CACHE = pathlib.Path(
 
 LIBC = ctypes.CDLL(None)
 KERNEL_OPTIONS = "console=ttyS0 quiet panic=-1 mitigations=off random.trust_cpu=on"
-BOOT_SECONDS = 60
+BOOT_SECONDS = 120
 
 
 class SetError(Exception):
@@ -124,12 +124,12 @@ class VirtualSet:
             self._qemu.wait()
             self._qemu.stderr.close()
 
-    def run(self, command, seconds=20):
+    def run(self, command, seconds=60):
         """Runs a shell command in the machine; returns its exit status and what it printed on both outputs."""
         status, output = self._ask(command, seconds)
         return status, output.decode(errors="replace")
 
-    def check(self, command, seconds=20):
+    def check(self, command, seconds=60):
         """Runs a command that has to succeed; returns what it printed."""
         status, output = self.run(command, seconds)
         if status:
@@ -138,7 +138,7 @@ class VirtualSet:
 
     def read(self, path) -> bytes:
         """Brings a file of the machine back."""
-        status, content = self._ask(f"cat '{path}'", 20)
+        status, content = self._ask(f"cat '{path}'", 60)
         if status:
             raise SetError(content.decode(errors="replace").strip())
         return content
@@ -160,7 +160,7 @@ class VirtualSet:
 
     def _monitor_hello(self):
         try:
-            self._monitor.read(10)
+            self._monitor.read(30)
         except SetError:
             self._qemu.kill()
             message = self._qemu.stderr.read().decode(errors="replace").strip()
@@ -170,7 +170,7 @@ class VirtualSet:
 
     def _monitor_answer(self):
         while True:
-            answer = json.loads(self._monitor.read(10))
+            answer = json.loads(self._monitor.read(30))
             if "error" in answer:
                 raise SetError(answer["error"]["desc"])
             if "return" in answer:

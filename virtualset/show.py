@@ -9,7 +9,7 @@ from .machine import SetError, VirtualSet
 from .story import Story, lease_time
 
 DAEMON = "/movo/build/release/recovery/recovery_net"
-LEASE_SECONDS = 60
+LEASE_SECONDS = 90
 SESSION_SECONDS = 4 * 3600
 ON_TERMINAL = sys.stdin.isatty() and sys.stdout.isatty()
 
@@ -111,7 +111,7 @@ def prompt(tv):
 
 
 def main():
-    with VirtualSet(limit=SESSION_SECONDS if ON_TERMINAL else 180) as tv:
+    with VirtualSet(limit=SESSION_SECONDS if ON_TERMINAL else 300) as tv:
         threading.Thread(target=follow, args=(tv,), daemon=True).start()
         daemon = tv.spawn(f"env KEST_DEBUG=3 {DAEMON}")
         wait_for_lease(tv, daemon)

@@ -10,6 +10,8 @@ import pytest
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2]))
 
+pytest.register_assert_rewrite("television")
+
 from television import Television
 from virtualset import VirtualSet
 

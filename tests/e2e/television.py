@@ -65,24 +65,25 @@ class Television:
 
     # What the log tells, in order
 
-    def expect(self, pattern, seconds=20):
+    def expect(self, pattern, seconds=60):
         """Waits for the next line that matches, after those already expected; returns the match."""
         at = self.machine.log.wait_for(pattern, seconds, self._cursor)
         self._cursor = at + 1
         return re.search(pattern, self.machine.log.lines[at])
 
-    def expect_at(self, pattern, seconds=20):
+    def expect_at(self, pattern, seconds=60):
         """As expect; returns the machine's time at which the daemon wrote the line."""
         self.expect(pattern, seconds)
         return float(self.machine.log.lines[self._cursor - 1].split()[0])
 
     @staticmethod
-    def sees(question, answer, seconds=5):
+    def sees(question, answer, seconds=20):
         """Asks the kernel until it gives the answer: what the daemon announces it does a moment later."""
         deadline = time.monotonic() + seconds
         while question() != answer and time.monotonic() < deadline:
             time.sleep(0.2)
-        assert question() == answer
+        last = question()
+        assert last == answer
 
     def log_lines(self):
         return self.machine.log.lines[self._begin:]

@@ -57,7 +57,7 @@ def test_client_gives_the_lease_back_on_hang_up(tv, client):
     tv.expect("message new$")
     pid = tv.client_pid()
     tv.machine.check(f"kill -HUP {pid}")
-    tv.sees(lambda: tv.runs(pid), False, 2)
+    tv.sees(lambda: tv.runs(pid), False)
     assert tv.address("eth0") == ""
     assert not tv.exists("/tmp/dhcp/dhcpcd-eth0.pid")
 
@@ -68,7 +68,7 @@ def test_client_leaves_the_address_on_user_signal(tv, client):
     tv.expect("message new$")
     pid = tv.client_pid()
     tv.machine.check(f"kill -USR1 {pid}")
-    tv.sees(lambda: tv.runs(pid), False, 2)
+    tv.sees(lambda: tv.runs(pid), False)
     assert tv.address("eth0") == "192.168.10.50/24"
 
 
@@ -76,9 +76,9 @@ def test_client_without_a_server_reports_down_once_and_goes_on(tv, client):
     client(patience=2)
     started = tv.expect_at("client starts")
     down = tv.expect_at("message down$")
-    assert 2 <= down - started < 5
+    assert 2 <= down - started < 15
     tv.serve(0)
-    tv.expect("message new$", 30)
+    tv.expect("message new$")
     assert [line.split()[1:] for line in tv.log_lines() if " message " in line] == [["message", "down"], ["message", "new"]]
 
 
