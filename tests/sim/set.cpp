@@ -45,8 +45,8 @@ void removeRoot()
 {
     World& w = world();
     for (const auto& [fd, descriptor] : w.files.descriptors) {
-        const bool isStream =
-            std::ranges::any_of(w.files.streams, [&](const auto& each) { return fileno(each.first) == fd; });
+        const bool isStream = std::ranges::any_of(
+            w.files.streams, [number = fd](const auto& each) { return fileno(each.first) == number; });
         if (!isStream) {
             (void)close(fd);
         }
