@@ -21,8 +21,13 @@ bool isKernelTable(const std::string& path)
 std::string preparedPath(const std::string& path)
 {
     const Hold hold;
-    if (isKernelTable(path) && !world().files.taken.contains(path)) {
-        writeFile(path, renderTable(path));
+    Files& files = world().files;
+    if (isKernelTable(path) && !files.taken.contains(path)) {
+        std::string table = renderTable(path);
+        if (files.rendered[path] != table) {
+            writeFile(path, table);
+            files.rendered[path] = std::move(table);
+        }
     }
     return realPath(path);
 }

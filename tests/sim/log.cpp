@@ -37,8 +37,12 @@ std::vector<LogLine> Set::log() const
 
 std::ostream& operator<<(std::ostream& out, const LogLine& line)
 {
-    return out << line.level << " " << line.category << " " << line.module << " " << line.function << ":" << line.line
-               << " \"" << line.text << "\"";
+    out << line.level << " " << line.category << " " << line.module << " " << line.function << ":" << line.line
+        << " \"";
+    for (const char character : line.text) {
+        out << (character == '\n' ? "\\n" : std::string(1, character));
+    }
+    return out << "\"";
 }
 } // namespace sim
 

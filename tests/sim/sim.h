@@ -37,7 +37,7 @@
 namespace sim {
 class Set {
 public:
-    /** With a seed other than 0, threads yield at their calls so that each seed gives another interleaving. */
+    /** With a seed other than 0, threads dawdle at their calls so that each seed gives another interleaving. */
     explicit Set(unsigned seed = 0);
     ~Set();
     Set(const Set&) = delete;

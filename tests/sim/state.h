@@ -83,7 +83,8 @@ struct Descriptor {
 };
 
 struct Files {
-    std::set<std::string> taken; ///< Kernel tables that a test has written itself.
+    std::set<std::string> taken;                 ///< Kernel tables that a test has written itself.
+    std::map<std::string, std::string> rendered; ///< Those that the set has written, as they are.
     std::map<int, Descriptor> descriptors;
     int opened = 0;
     std::map<FILE*, int> streams; ///< By popen, with the status that pclose returns.

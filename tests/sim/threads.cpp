@@ -103,7 +103,6 @@ public:
     AtPlace(Place place, const void* condition, pthread_t joined)
     {
         const Hold hold;
-        unparkLoop();
         Thread& me = sim::self();
         me.place = place;
         me.waitsFor = condition;

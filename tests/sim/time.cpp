@@ -2,6 +2,7 @@
 #include "sim/sim.h"
 #include "sim/world.h"
 
+#include <fcntl.h>
 #include <sched.h>
 
 namespace sim {
@@ -37,6 +38,16 @@ struct Watched {
             *reading = readable;
         }
         return found;
+    }
+
+    /** A descriptor that is closed during the wait is not looked at any more; only the next wait fails with it. */
+    void dropClosed()
+    {
+        for (int fd = 0; fd < count; ++fd) {
+            if (FD_ISSET(fd, &wanted) && fcntl(fd, F_GETFD) < 0) {
+                FD_CLR(fd, &wanted);
+            }
+        }
     }
 };
 
@@ -78,6 +89,7 @@ int selectInWorld(Watched& watched, std::int64_t microseconds)
             }
         }
         hold.wait();
+        watched.dropClosed();
     }
 }
 

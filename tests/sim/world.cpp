@@ -26,11 +26,15 @@ char s_toTest;
 char s_fromTest;
 #endif
 
-/** A few yields, how many is up to the thread's own sequence of numbers. */
-void yieldBySeed(unsigned random)
+/** Lets other threads come first, how often and how long is up to the thread's own sequence of numbers. */
+void dawdleBySeed(unsigned random)
 {
-    for (unsigned count = (random >> 16) % 4; count > 0; --count) {
+    if ((random >> 28) == 0) {
         (void)sched_yield();
+        return;
+    }
+    for (unsigned turns = (random >> 16) % 512; turns > 0; --turns) {
+        __asm__ volatile("");
     }
 }
 
@@ -134,7 +138,7 @@ std::optional<Strike> enter(Call call, const Subject& subject)
             strike = Strike{rule->fault.error, rule->fault.bytes};
         }
     }
-    yieldBySeed(random);
+    dawdleBySeed(random);
     errno = error;
     return strike;
 }

@@ -114,8 +114,7 @@ void stopWatchdog();
 
 /** Is this the event loop, told to end? */
 bool isToEnd(const Thread& thread);
-/** Without a seed the order of a start is always the same: the loop's first pass waits for the test to settle, or for
- * somebody who waits for another thread. */
+/** Without a seed the order of a start is always the same: the loop's first pass waits for the test to settle. */
 void parkLoopAt(const void* mutex);
 /** Lets it go on. The world is held. */
 void unparkLoop();

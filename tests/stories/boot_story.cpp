@@ -4,6 +4,10 @@
 
 using namespace sim;
 
+namespace {
+constexpr const char* kModule = "movo_net_fg";
+}
+
 TEST(Boot, CableInClientStartedAddressInUse)
 {
     Set set;
@@ -20,4 +24,53 @@ TEST(Boot, CableInClientStartedAddressInUse)
     EXPECT_EQ(set.defaultRoutes(), std::vector<std::string>{"10.0.2.2 dev eth0"});
     EXPECT_EQ(set.read("/etc/resolv.conf"), "nameserver 10.0.2.3\nnameserver 8.8.8.8\nsearch lan\n");
     EXPECT_TRUE(set.exists("/tmp/NotifyNtpclient"));
+}
+
+TEST(Boot, WithoutACableNothingIsStarted)
+{
+    Set set;
+    ASSERT_EQ(set.start(), 0);
+    set.grantTicks(30);
+    EXPECT_NOT_RAN(set, "netcfg eth0 up");
+    EXPECT_CALLBACKS(set, {});
+}
+
+TEST(Boot, TheCableComesLater)
+{
+    Set set;
+    ASSERT_EQ(set.start(), 0);
+    set.cable("eth0").plug();
+    set.grantTicks(9);
+    EXPECT_NOT_RAN(set, "netcfg eth0 up");
+    set.grantTicks();
+    EXPECT_RAN(set, "netcfg eth0 up");
+    set.dhcp("eth0").leases();
+    EXPECT_CALLBACKS(set, {{IFFOUND, "eth0"}, {IPCHANGED, "eth0"}, {DHCP_SUCCESS, "eth0"}});
+}
+
+// A loop that begins later than the first interface is up refuses its notify pipe: the interface is reported, but gets
+// no client before its cable is pulled and returned. The start does not wait for the loop, which on a machine is there
+// long before the first program has run.
+TEST(Boot, KeepsALostStartLost)
+{
+    Set set;
+    set.holdLoopThread();
+    set.cable("eth0").plug();
+    ASSERT_EQ(set.start(), 0);
+    EXPECT_LOGGED(set, KEST_LEVEL_ERROR, "movo_net_fl_common", "ConfigIP", "can not addevent\n");
+    EXPECT_LOGGED(set, KEST_LEVEL_ERROR, kModule, "OnLinkStatusEventRev", "link:activate eth0 failed\n");
+    EXPECT_CALLBACKS(set, {});
+
+    set.grantTicks(10);
+    EXPECT_CALLBACKS(set, {{IFFOUND, "eth0"}});
+    set.grantTicks(6000);
+    EXPECT_EQ(set.dhcp("eth0").launches(), 0);
+
+    set.cable("eth0").pull();
+    set.grantTicks(10);
+    set.cable("eth0").plug();
+    set.grantTicks(10);
+    EXPECT_TRUE(set.dhcp("eth0").running());
+    set.dhcp("eth0").leases();
+    EXPECT_CALLBACKS(set, {{IFREMOVED, "eth0"}, {IFFOUND, "eth0"}, {IPCHANGED, "eth0"}, {DHCP_SUCCESS, "eth0"}});
 }
