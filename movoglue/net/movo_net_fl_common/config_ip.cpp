@@ -25,14 +25,13 @@ constexpr int kLeaseTimeoutSeconds = 90;
 
 bool applyStaticAddress(MovoNetIface_t* pIface)
 {
-    const std::uint32_t address = get(pIface->sipv4);
-    const std::uint32_t gateway = get(pIface->sgwv4);
-    const std::uint32_t dns1 = get(pIface->sdns1v4);
-    const std::uint32_t dns2 = get(pIface->sdns2v4);
-    return isPlausible(address) && int_Movo_Net_SetIpv4(pIface, address) == kOk &&
-           int_Movo_Net_SetMaskv4(pIface, get(pIface->smaskv4)) == kOk && isPlausible(gateway) &&
-           int_Movo_Net_SetGwv4(pIface, gateway) == kOk && (isPlausible(dns1) || isPlausible(dns2)) &&
-           int_Movo_Net_Setdnsv4(pIface, dns1, dns2) == kOk && ResetGwAndDns() == kOk;
+    // Each field is read when its turn comes: the callback of the address step may change those after it.
+    const auto plausible = [](const std::uint32_t& field) { return isPlausible(get(field)); };
+    return plausible(pIface->sipv4) && int_Movo_Net_SetIpv4(pIface, get(pIface->sipv4)) == kOk &&
+           int_Movo_Net_SetMaskv4(pIface, get(pIface->smaskv4)) == kOk && plausible(pIface->sgwv4) &&
+           int_Movo_Net_SetGwv4(pIface, get(pIface->sgwv4)) == kOk &&
+           (plausible(pIface->sdns1v4) || plausible(pIface->sdns2v4)) &&
+           int_Movo_Net_Setdnsv4(pIface, get(pIface->sdns1v4), get(pIface->sdns2v4)) == kOk && ResetGwAndDns() == kOk;
 }
 
 void configureStatic(MovoNetIface_t* pIface, CallSite at)
@@ -79,10 +78,23 @@ bool openPipe(MovoNetIface_t* pIface, const HeapText& path, CallSite at)
     return true;
 }
 
+bool addPipeEvent(MovoNetIface_t* pIface)
+{
+    const int fd = get(pIface->dhcpcfd);
+    if (int_addEvent({fd, 0, pIface, OnDhcpEventRev}, &pIface->dhcpcEventHandle) != kOk) {
+        return false;
+    }
+    if (get(pIface->dhcpcfd) == fd) {
+        return true;
+    }
+    // Another thread has stopped the client meanwhile: it closed the pipe and may not have known of the event.
+    (void)int_removeEvent(take(pIface->dhcpcEventHandle, 0));
+    return false;
+}
+
 bool watchPipe(MovoNetIface_t* pIface, const HeapText& path, CallSite at)
 {
-    const MovoNetEvent_t event{get(pIface->dhcpcfd), 0, pIface, OnDhcpEventRev};
-    if (int_addEvent(event, &pIface->dhcpcEventHandle) != kOk) {
+    if (!addPipeEvent(pIface)) {
         NET_LOG_AT(at, KEST_LEVEL_ERROR, "can not addevent\n");
         return false;
     }

@@ -6,6 +6,7 @@
 #include "support/shared.h"
 #include "support/text.h"
 
+#include <algorithm>
 #include <climits>
 #include <csignal>
 #include <cstdlib>
@@ -38,8 +39,9 @@ PidFile readPidFile(const MovoNetIface_t& iface)
     }
     char text[32] = {};
     result.empty = std::fread(text, 1, sizeof(text) - 1, file.get()) == 0;
+    // Rubbish reads as 0, and what no int holds as the nearest that one does.
     const long pid = std::strtol(text, nullptr, 10);
-    result.pid = pid > 0 && pid <= INT_MAX ? static_cast<int>(pid) : 0;
+    result.pid = static_cast<int>(std::clamp<long>(pid, INT_MIN, INT_MAX));
     return result;
 }
 

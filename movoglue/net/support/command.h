@@ -3,7 +3,9 @@
 #define MOVO_NET_SUPPORT_COMMAND_H
 
 namespace movonet {
-/** Runs a command and waits for it. 0 when it succeeded, -1 when the shell could not be started, else its wait status.
+/**
+ * Runs a command and waits for it. 0 when it succeeded, -1 when the shell could not be started or the command is empty,
+ * else its wait status.
  */
 int runShell(const char* command);
 
