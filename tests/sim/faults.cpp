@@ -68,6 +68,12 @@ std::string describe(Call call, const std::string& subject)
            ")";
 }
 
+std::ostream& operator<<(std::ostream& out, const Fault& fault)
+{
+    out << describe(fault.call, fault.on);
+    return fault.nth != 0 ? out << " number " << fault.nth : out;
+}
+
 FaultRule* strikes(Call call, const Subject& subject, ThreadKind kind)
 {
     for (FaultRule& rule : world().faults) {

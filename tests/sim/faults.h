@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <cstddef>
+#include <ostream>
 #include <string>
 
 namespace sim {
@@ -86,6 +87,7 @@ struct Fault {
     /** A fault that no call ran into fails the test at the set's end, unless it may miss. */
     bool mayMiss = false;
 };
+std::ostream& operator<<(std::ostream& out, const Fault& fault);
 } // namespace sim
 
 #endif

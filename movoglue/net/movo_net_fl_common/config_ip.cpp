@@ -1,5 +1,6 @@
 #include "movo_net_fl_common/common.h"
 #include "movo_net_fl_common/dhcp.h"
+#include "movo_net_fl_eventloop/eventloop.h"
 #include "movo_net_fl_wifi/wifi.h"
 #include "movo_net_fl_wpactrl/wpactrl.h"
 #include "support/command.h"
@@ -78,26 +79,22 @@ bool openPipe(MovoNetIface_t* pIface, const HeapText& path, CallSite at)
     return true;
 }
 
-bool addPipeEvent(MovoNetIface_t* pIface)
-{
-    const int fd = get(pIface->dhcpcfd);
-    if (int_addEvent({fd, 0, pIface, OnDhcpEventRev}, &pIface->dhcpcEventHandle) != kOk) {
-        return false;
-    }
-    if (get(pIface->dhcpcfd) == fd) {
-        return true;
-    }
-    // Another thread has stopped the client meanwhile: it closed the pipe and may not have known of the event.
-    (void)int_removeEvent(take(pIface->dhcpcEventHandle, 0));
-    return false;
-}
-
+/** Opens the pipe and watches it. The loop is held off: descriptor and event change together, whoever else is at it. */
 bool watchPipe(MovoNetIface_t* pIface, const HeapText& path, CallSite at)
 {
-    if (!addPipeEvent(pIface)) {
+    const LoopGate gate;
+    if (!openPipe(pIface, path, at)) {
+        return false;
+    }
+    if (int_addEvent({get(pIface->dhcpcfd), 0, pIface, OnDhcpEventRev}, &pIface->dhcpcEventHandle) != kOk) {
         NET_LOG_AT(at, KEST_LEVEL_ERROR, "can not addevent\n");
         return false;
     }
+    return true;
+}
+
+bool openToEverybody(const HeapText& path, CallSite at)
+{
     if (runShell(HeapText("chmod 777 %s", path.c_str())) != 0) {
         NET_LOG_AT(at, KEST_LEVEL_ERROR, ":chmod failed \n");
         return false;
@@ -124,7 +121,7 @@ RETURN_TYPE startClient(MovoNetIface_t* pIface, CallSite at)
     const int removed = unlink(path.c_str());
     NET_LOG_AT(at, KEST_LEVEL_INFO, "removing dhcpcd pipe: %s, return=%d\n", path.c_str(), removed);
     NET_LOG_AT(at, KEST_LEVEL_INFO, "opening dhcpcd pipe: %s\n", path.c_str());
-    if (!openPipe(pIface, path, at) || !watchPipe(pIface, path, at)) {
+    if (!watchPipe(pIface, path, at) || !openToEverybody(path, at)) {
         return kFail;
     }
     set(pIface->ipStatus, _MOVO_NET_IPSTATUS_DHCP_ACQUIRING_);

@@ -1,5 +1,6 @@
 #include "movo_net_fl_common/common.h"
 #include "movo_net_fl_common/dhcp.h"
+#include "movo_net_fl_eventloop/eventloop.h"
 #include "support/command.h"
 #include "support/file.h"
 #include "support/log.h"
@@ -53,14 +54,24 @@ bool processExists(int pid)
 
 // The helpers below are steps of ShutdownDhcpcd and IsDhcpcdRunning and speak for them.
 
-void closePipe(MovoNetIface_t* pIface, CallSite at)
+/** False when the pipe was not open. The loop is held off: descriptor and event change together. */
+bool closeWatchedPipe(MovoNetIface_t* pIface)
 {
-    const int fd = take(pIface->dhcpcfd, kNoFd); // of two threads that stop the client, one closes
+    const LoopGate gate;
+    const int fd = take(pIface->dhcpcfd, kNoFd);
     if (fd == kNoFd) {
-        return;
+        return false;
     }
     (void)int_removeEvent(take(pIface->dhcpcEventHandle, 0));
     (void)close(fd);
+    return true;
+}
+
+void closePipe(MovoNetIface_t* pIface, CallSite at)
+{
+    if (!closeWatchedPipe(pIface)) {
+        return;
+    }
     const FixedText<32> path("%s.%s", get(s_sDhcpcdPipeName), pIface->name);
     if (!path.fits()) {
         failedRequirement("path.fits()", kLog.name, at);

@@ -49,18 +49,23 @@ TEST_F(Exit, OfAnotherUserOnlyCounts)
     EXPECT_EQ(set.liveThreads(), 1);
 }
 
-TEST_F(Exit, SavesTheConfiguration)
+const sim::Set* s_set;
+bool s_savedBefore;
+
+RETURN_TYPE noteSaved(MovoNetIface_t* /*iface*/)
 {
-    ASSERT_EQ(set.start(), 0);
+    s_savedBefore = s_set->exists("/data/tv/save/netconfig");
+    return 0;
+}
+
+TEST_F(Exit, SavesTheConfigurationFirst)
+{
+    s_set = &set;
+    list("fake0").record.funcs.DeInit = noteSaved;
     ASSERT_FALSE(set.exists("/data/tv/save/netconfig"));
-    FakeIface& fake = list("fake0");
-    bool savedBefore = false;
-    fake.record.funcs.DeInit = [](MovoNetIface_t*) -> RETURN_TYPE { return 1; };
-    fake.record.funcs.CanActive = nullptr;
-    savedBefore = set.exists("/data/tv/save/netconfig");
     EXPECT_EQ(set.stop(), 0);
-    EXPECT_FALSE(savedBefore);
-    EXPECT_TRUE(set.exists("/data/tv/save/netconfig"));
+    EXPECT_TRUE(s_savedBefore);
+    EXPECT_NE(set.read("/data/tv/save/netconfig").find("fake0"), std::string::npos);
 }
 
 std::string s_deInits;

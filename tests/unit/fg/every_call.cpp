@@ -1,0 +1,154 @@
+#include "every_call.h"
+
+#include <arpa/inet.h>
+#include <atomic>
+#include <filesystem>
+#include <fstream>
+#include <movo_net.h>
+#include <regex>
+#include <sstream>
+
+namespace {
+/** Flips between two values from call to call, so that each call changes something. */
+bool flip()
+{
+    static std::atomic<unsigned> calls;
+    return calls++ % 2 == 0;
+}
+
+/** Turns a call with the arguments of most into one of the list. */
+template <typename... Output>
+PublicCall reading(const char* name, RETURN_TYPE (*function)(kest_sint32, const char*, Output*...))
+{
+    return {name, [function](sim::Set&, const char* ifname) {
+                std::tuple<Output...> outputs;
+                std::apply([&](Output&... output) { (void)function(0, ifname, &output...); }, outputs);
+            }};
+}
+PublicCall asking(const char* name, kest_bool (*function)(kest_sint32, const char*))
+{
+    return {name, [function](sim::Set&, const char* ifname) { (void)function(0, ifname); }};
+}
+PublicCall doing(const char* name, RETURN_TYPE (*function)(kest_sint32, const char*))
+{
+    return {name, [function](sim::Set&, const char* ifname) { (void)function(0, ifname); }};
+}
+template <typename Output>
+PublicCall counting(const char* name, RETURN_TYPE (*function)(kest_sint32, Output*))
+{
+    return {name, [function](sim::Set&, const char*) {
+                Output output{};
+                (void)function(0, &output);
+            }};
+}
+template <typename Result>
+PublicCall simple(const char* name, Result (*function)(kest_sint32))
+{
+    return {name, [function](sim::Set&, const char*) { (void)function(0); }};
+}
+
+void configureStatic(sim::Set&, const char* ifname)
+{
+    (void)Movo_NET_ConfigIPStatic(0, ifname, inet_addr(flip() ? "10.0.2.7" : "10.0.2.8"), inet_addr("255.255.255.0"),
+                                  inet_addr("10.0.2.2"), inet_addr("10.0.2.3"), 0);
+}
+
+void configureMode(sim::Set&, const char* ifname)
+{
+    (void)Movo_NET_ConfigIPMode(0, ifname, flip() ? _MOVO_NET_IPMODE_STATIC_ : _MOVO_NET_IPMODE_DHCP_);
+}
+
+void nameInterface(sim::Set&, const char*)
+{
+    char name[9];
+    (void)Movo_NET_GetIfaceName(0, 1, 8, name);
+}
+
+void allot(sim::Set&, const char*)
+{
+    kest_sint32 client = 1;
+    (void)Movo_NET_SetResourceAllocation(PLFRes_netlink, 1, &client);
+}
+
+void allotNone(sim::Set&, const char*)
+{
+    kest_sint32 client = 1;
+    (void)Movo_NET_SetClientResourceAllocation(PLFRes_netlink, 0, &client);
+}
+} // namespace
+
+#define NAMED(function) #function, function
+
+const std::vector<PublicCall>& everyCall()
+{
+    static const std::vector<PublicCall> all = {
+        simple(NAMED(Movo_NET_IsInitializationDone)),
+        counting(NAMED(Movo_NET_GetMaxNumOfIfacesSupported)),
+        counting(NAMED(Movo_NET_GetMaxNumOfWifiEssSupported)),
+        simple(NAMED(Movo_NET_IsNetworkModeVirgin)),
+        simple(NAMED(Movo_NET_SetNetworkToModeVirgin)),
+        {"Movo_NET_UnInstallCallback", [](sim::Set&, const char*) { (void)Movo_NET_UnInstallCallback(0, 0); }},
+        {"Movo_NET_InstallCallback", [](sim::Set& set, const char*) { set.recordCallbacks(); }},
+        {"Movo_NET_SetResourceAllocation", allot},
+        {"Movo_NET_SetClientResourceAllocation", allotNone},
+
+        counting(NAMED(Movo_NET_GetNumOfIfaces)),
+        {"Movo_NET_GetIfaceName", nameInterface},
+        reading(NAMED(Movo_NET_GetIfaceType)),
+        reading(NAMED(Movo_NET_GetIfaceMacAddress)),
+        reading(NAMED(Movo_NET_GetIfaceThroughput)),
+        doing(NAMED(Movo_NET_EnableIface)),
+        asking(NAMED(Movo_NET_IsEnabledIface)),
+        asking(NAMED(Movo_NET_IsActivedIface)),
+        counting(NAMED(Movo_NET_GetActivedIface)),
+        counting(NAMED(Movo_NET_GetActivedIfaceType)),
+        asking(NAMED(Movo_NET_IsPhyConnected)),
+        {"Movo_NET_SetIfacePriority",
+         [](sim::Set&, const char* ifname) { (void)Movo_NET_SetIfacePriority(0, ifname, flip() ? 1 : 2); }},
+        reading(NAMED(Movo_NET_GetIfacePriority)),
+        doing(NAMED(Movo_NET_FilterOutIF)),
+        {"Movo_NET_SetWol",
+         [](sim::Set&, const char* ifname) { (void)Movo_NET_SetWol(0, ifname, flip() ? kest_bool{1} : kest_bool{0}); }},
+
+        reading(NAMED(Movo_NET_GetIPMode)),
+        reading(NAMED(Movo_NET_GetIPStatus)),
+        reading(NAMED(Movo_NET_GetIP)),
+        reading(NAMED(Movo_NET_GetIPStatic)),
+        reading(NAMED(Movo_NET_IsConnected)),
+        asking(NAMED(Movo_NET_IsDNSOK)),
+        simple(NAMED(Movo_NET_IsNetworkOK)),
+        {"Movo_NET_ConfigIPStatic", configureStatic},
+        {"Movo_NET_ConfigIPMode", configureMode},
+        doing(NAMED(Movo_NET_WifiDisConnect)),
+
+        doing(NAMED(Movo_NET_ClearIP)),
+        doing(NAMED(Movo_NET_DisableIface)),
+        simple(NAMED(Movo_NET_DisableAllIfaces)),
+    };
+    return all;
+}
+
+void callEverything(sim::Set& set, const char* ifname)
+{
+    for (const PublicCall& each : everyCall()) {
+        each.call(set, ifname);
+    }
+    (void)Movo_NET_EnableIface(0, ifname);
+}
+
+std::vector<std::string> declaredCalls()
+{
+    static const std::regex comment(R"(/\*[^]*?\*/|//[^\n]*)");
+    static const std::regex declaration(R"(\b(Movo_\w+|WaitForChild2Exit)\s*\()");
+    std::vector<std::string> names;
+    for (const auto& header : std::filesystem::directory_iterator(INCLUDE_FOLDER)) {
+        std::ifstream file(header.path());
+        std::stringstream contents;
+        contents << file.rdbuf();
+        const std::string code = std::regex_replace(contents.str(), comment, "");
+        for (std::sregex_iterator found(code.begin(), code.end(), declaration), end; found != end; ++found) {
+            names.push_back((*found)[1]);
+        }
+    }
+    return names;
+}
