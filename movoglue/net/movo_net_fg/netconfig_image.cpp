@@ -73,35 +73,50 @@ private:
     ConstRecordImage m_from;
 };
 
+/** The offset of a field in the file, where every machine's record has it too. */
+template <std::size_t inFile, std::size_t inRecord>
+consteval std::size_t offset()
+{
+    static_assert(inFile == inRecord);
+    return inFile;
+}
+#define MOVO_FIELD(inFile, field) offset<inFile, offsetof(MovoNetIface_t, field)>(), iface.field
+
+// The rest of the 264 bytes: handlers and pointers, in the record of 32-bit ARM.
+static_assert(sizeof(void*) != 4 || offsetof(MovoNetIface_t, funcs) == 100);
+static_assert(sizeof(void*) != 4 || offsetof(MovoNetIface_t, priv) == 256);
+static_assert(sizeof(void*) != 4 || offsetof(MovoNetIface_t, next) == 260);
+static_assert(sizeof(void*) != 4 || sizeof(MovoNetIface_t) == kRecordSize);
+
 /** The layout of a record. Bytes 9 to 11 are padding, 100 to 263 handlers and pointers that mean nothing in a file. */
 template <typename Image, typename Iface>
 void walkFields(Image image, Iface& iface)
 {
-    image.text(0, iface.name, Kept);
-    image.le(12, iface.type, Kept);
-    image.le(16, iface.ipMode, Kept);
-    image.le(20, iface.isEnabled, Cleared);
-    image.le(21, iface.isAvailable, Cleared);
-    image.le(22, iface.isActived, Cleared);
-    image.le(23, iface.isConnected, Cleared);
-    image.le(24, iface.priority, Cleared);
-    image.le(28, iface.ipStatus, Cleared);
-    image.bytes(32, iface.macaddr, Cleared);
-    image.bytes(40, iface.ipv4, Cleared);
-    image.bytes(44, iface.maskv4, Cleared);
-    image.bytes(48, iface.gwv4, Cleared);
-    image.bytes(52, iface.dns1v4, Cleared);
-    image.bytes(56, iface.dns2v4, Cleared);
-    image.le(60, iface.thoughput, Cleared);
-    image.bytes(64, iface.sipv4, Kept);
-    image.bytes(68, iface.smaskv4, Kept);
-    image.bytes(72, iface.sgwv4, Kept);
-    image.bytes(76, iface.sdns1v4, Kept);
-    image.bytes(80, iface.sdns2v4, Kept);
-    image.le(84, iface.dhcpcfd, Cleared);
-    image.le(88, iface.dhcpcEventHandle, Cleared);
-    image.le(92, iface.dhcpDownCount, Kept);
-    image.le(96, iface.dhcpDownHandle, Kept);
+    image.text(MOVO_FIELD(0, name), Kept);
+    image.le(MOVO_FIELD(12, type), Kept);
+    image.le(MOVO_FIELD(16, ipMode), Kept);
+    image.le(MOVO_FIELD(20, isEnabled), Cleared);
+    image.le(MOVO_FIELD(21, isAvailable), Cleared);
+    image.le(MOVO_FIELD(22, isActived), Cleared);
+    image.le(MOVO_FIELD(23, isConnected), Cleared);
+    image.le(MOVO_FIELD(24, priority), Cleared);
+    image.le(MOVO_FIELD(28, ipStatus), Cleared);
+    image.bytes(MOVO_FIELD(32, macaddr), Cleared);
+    image.bytes(MOVO_FIELD(40, ipv4), Cleared);
+    image.bytes(MOVO_FIELD(44, maskv4), Cleared);
+    image.bytes(MOVO_FIELD(48, gwv4), Cleared);
+    image.bytes(MOVO_FIELD(52, dns1v4), Cleared);
+    image.bytes(MOVO_FIELD(56, dns2v4), Cleared);
+    image.le(MOVO_FIELD(60, thoughput), Cleared);
+    image.bytes(MOVO_FIELD(64, sipv4), Kept);
+    image.bytes(MOVO_FIELD(68, smaskv4), Kept);
+    image.bytes(MOVO_FIELD(72, sgwv4), Kept);
+    image.bytes(MOVO_FIELD(76, sdns1v4), Kept);
+    image.bytes(MOVO_FIELD(80, sdns2v4), Kept);
+    image.le(MOVO_FIELD(84, dhcpcfd), Cleared);
+    image.le(MOVO_FIELD(88, dhcpcEventHandle), Cleared);
+    image.le(MOVO_FIELD(92, dhcpDownCount), Kept);
+    image.le(MOVO_FIELD(96, dhcpDownHandle), Kept);
 }
 } // namespace
 
