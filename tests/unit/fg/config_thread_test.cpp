@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <fstream>
 #include <sched.h>
 #include <unistd.h>
 
@@ -48,6 +49,24 @@ TEST_F(ConfigThread, DoesItsWorkOnItsOwn)
     EXPECT_EQ(set.commands()[0].thread, sim::ThreadKind::Product);
 }
 
+TEST_F(ConfigThread, SavesTheSettingsFirst)
+{
+    MovoNetIface_t& iface = ip::listed(eth0, 0);
+    bool saved = false;
+    set.onCommand("ifconfig").does([&] { saved = set.exists("/data/tv/save/netconfig"); });
+    EXPECT_EQ(CreateConfigIPThread(&iface), 0);
+    set.settle();
+    EXPECT_TRUE(saved);
+}
+
+TEST_F(ConfigThread, SavesTheSettingsOfWhatIsNotActiveToo)
+{
+    eth0.isActived = 0;
+    EXPECT_EQ(CreateConfigIPThread(&ip::listed(eth0, 0)), 0);
+    set.settle();
+    EXPECT_TRUE(set.exists("/data/tv/save/netconfig"));
+}
+
 TEST_F(ConfigThread, ReportsDhcpThatDoesNotStart)
 {
     EXPECT_EQ(configure(), 0);
@@ -90,19 +109,42 @@ TEST_F(ConfigThread, ThatCannotBeMadeIsTold)
     EXPECT_CALLBACKS(set, {});
 }
 
+/** Does a thread of this process wait for something? */
+bool waits(pid_t thread)
+{
+    std::ifstream file("/proc/self/task/" + std::to_string(thread) + "/stat");
+    std::string status;
+    std::getline(file, status);
+    return status.find(") S ") != std::string::npos;
+}
+
 TEST_F(ConfigThread, WaitsForTheOneBefore)
 {
+    constexpr int kLooks = 100; // a thread waits in the set too, but not for long
     std::atomic<int> inside{0};
     std::atomic<int> most{0};
+    std::atomic<bool> leave{false};
     set.onCommand("ifconfig").does([&] {
         most = std::max<int>(most, ++inside);
-        for (int yields = 0; yields < 2000 && most == 1; ++yields) {
-            (void)sched_yield(); // time enough for the other thread to come here
+        while (!leave) {
+            (void)sched_yield();
         }
         --inside;
     });
     EXPECT_EQ(CreateConfigIPThread(&eth0), 0);
-    EXPECT_EQ(CreateConfigIPThread(&eth0), 0);
+    while (inside == 0) {
+        (void)sched_yield();
+    }
+    std::atomic<pid_t> second{0};
+    set.background([&] {
+        second = gettid();
+        (void)ConfigIPThread(&eth0);
+    });
+    for (int looks = 0; looks < kLooks && inside < 2; looks = second != 0 && waits(second) ? looks + 1 : 0) {
+        (void)sched_yield();
+    }
+    leave = true;
+    set.joinBackground();
     set.settle();
     EXPECT_EQ(most, 1);
     EXPECT_CALLBACKS(set, {{sim::DHCP_FAILED, "eth0"}, {sim::DHCP_FAILED, "eth0"}});

@@ -1,5 +1,5 @@
 #include "movo_net_fg/fg.h"
-#include "sim/sim.h"
+#include "unit/ip/tools.h"
 
 #include <climits>
 #include <gtest/gtest.h>
@@ -170,5 +170,17 @@ TEST(VirginMode, KeepsBeingTrueAndResettingNothing)
     EXPECT_EQ(Movo_NET_IsNetworkModeVirgin(0), 1);
     EXPECT_EQ(Movo_NET_SetNetworkToModeVirgin(0), 0);
     EXPECT_EQ(Movo_NET_IsNetworkModeVirgin(7), 1);
+}
+
+TEST(VirginMode, SavesTheSettingsAndKeepsSucceedingWhenItCannot)
+{
+    sim::Set set;
+    (void)ip::listed(ip::record("eth0", _MOVO_NET_IPMODE_STATIC_), 0);
+    EXPECT_EQ(Movo_NET_SetNetworkToModeVirgin(0), 0);
+    EXPECT_EQ(set.read("/data/tv/save/netconfig").size(), 264U + 4U);
+
+    set.fail({.call = sim::Call::Open, .on = "/data/tv/save/netconfig", .error = EROFS});
+    EXPECT_EQ(Movo_NET_SetNetworkToModeVirgin(0), 0);
+    EXPECT_EQ(set.read("/data/tv/save/netconfig").size(), 264U + 4U);
 }
 } // namespace

@@ -109,6 +109,7 @@ TEST_F(BoardMac, TakesNothingFromTheLineBefore)
     expectNothing("other=11:22:33:44:55:66\nmac");
     expectNothing("other=11:22:33:44:55:66\nmac=\n");
     expectNothing("00000011223344556677\nmac=1\n");
+    expectNothing("00000011223344556677\nmac");
 }
 
 TEST_F(BoardMac, OfTwoToFiveBytesIsFilledWithZeros)

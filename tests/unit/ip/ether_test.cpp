@@ -202,6 +202,13 @@ TEST(Link, OfADriverWithoutAPhyIsMinusOne)
                                "SIOCGMIIPHY on eth0 failed: Operation not supported\n"});
 }
 
+TEST(Link, OfTheLoopbackIsMinusOne)
+{
+    sim::Set set;
+    MovoNetIface_t iface = record("lo", _MOVO_NET_IPMODE_STATIC_, _MOVO_NET_IFACE_LO_);
+    EXPECT_EQ(int_Movo_Net_CanActiveEther(&iface), -1);
+}
+
 TEST(Link, OfAnInterfaceThatIsGoneIsMinusOne)
 {
     sim::Set set;
