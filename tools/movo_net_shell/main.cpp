@@ -1,0 +1,42 @@
+/** movo_net_shell: a person's way into every public call of the network glue. */
+#include "shell.h"
+
+#include <csignal>
+#include <cstring>
+#include <kest.h>
+#include <movo_net.h>
+#include <unistd.h>
+
+namespace {
+constexpr char kUsage[] = "usage: movo_net_shell [--no-start]\n"
+                          "\n"
+                          "Runs the network glue and the commands that it reads from standard input; the command help\n"
+                          "lists them. With --no-start the glue waits for the command start.\n";
+
+/** What the platform does for a program that hosts the glue. */
+void setUp()
+{
+    // An ignored SIGCHLD, as some starters leave it, would make every command of the glue seem to fail.
+    (void)std::signal(SIGCHLD, SIG_DFL);
+    kest_debug_init("movo_net_shell");
+    movoglue_net_debug = kest_debug_category_new("MOVO_NET_SHELL", 0, "Platform Glue Net");
+}
+} // namespace
+
+int main(int argc, char** argv)
+{
+    bool startGlue = true;
+    for (int i = 1; i < argc; i++) {
+        if (std::strcmp(argv[i], "--no-start") == 0) {
+            startGlue = false;
+        } else if (std::strcmp(argv[i], "--help") == 0 || std::strcmp(argv[i], "-h") == 0) {
+            (void)std::fputs(kUsage, stdout);
+            return shell::kStatusGood;
+        } else {
+            (void)std::fputs(kUsage, stderr);
+            return shell::kStatusNotUnderstood;
+        }
+    }
+    setUp();
+    return shell::run({STDIN_FILENO, stdout, stderr, startGlue});
+}

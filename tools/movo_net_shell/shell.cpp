@@ -1,0 +1,151 @@
+#include "shell.h"
+
+#include "command.h"
+#include "glue.h"
+#include "lines.h"
+#include "text.h"
+
+#include <unistd.h>
+
+namespace shell {
+namespace {
+class Shell {
+public:
+    explicit Shell(const Options& options);
+
+    int run();
+
+private:
+    bool start();
+    Outcome perform(Read read, const std::string& line);
+    Outcome runLine(const std::string& line);
+    Outcome runCommand(const Command& command, Arguments arguments);
+    void complain(const std::string& what);
+
+    Console m_console;
+    bool m_onTerminal;
+    bool m_startGlue;
+    std::unique_ptr<Lines> m_lines;
+    int m_lineNumber = 0;
+};
+
+Shell::Shell(const Options& options)
+    : m_console(options.output, options.errors),
+      m_onTerminal(isatty(options.input) != 0 && isatty(fileno(options.output)) != 0), m_startGlue(options.startGlue),
+      m_lines(m_onTerminal ? editedLines(options.input, options.output, m_console)
+                           : plainLines(options.input, m_console))
+{
+}
+
+/** In a script, tells which line it is about. */
+void Shell::complain(const std::string& what)
+{
+    if (m_onTerminal) {
+        m_console.complain("%s\n", what.c_str());
+    } else {
+        m_console.complain("line %d: %s\n", m_lineNumber, what.c_str());
+    }
+}
+
+Outcome Shell::runCommand(const Command& command, Arguments arguments)
+{
+    const Parameters parameters = parametersOf(command);
+    Outcome outcome = Outcome::BadArgument;
+    if (arguments.size() >= parameters.least && arguments.size() <= parameters.most) {
+        outcome = command.run(m_console, arguments);
+    }
+    if (outcome == Outcome::BadArgument) {
+        complain("usage: " + usageOf(command));
+    }
+    return outcome;
+}
+
+Outcome Shell::runLine(const std::string& line)
+{
+    const auto words = splitWords(line);
+    if (!words) {
+        complain("a quote or a backslash has nothing after it");
+        return Outcome::BadArgument;
+    }
+    if (words->empty()) {
+        return Outcome::Done;
+    }
+    std::size_t length = 0;
+    const Command* const command = findCommand(*words, length);
+    if (command == nullptr) {
+        complain("unknown command: " + printable(words->front()) + "; help lists them");
+        return Outcome::BadArgument;
+    }
+    return runCommand(*command, std::span(*words).subspan(length));
+}
+
+Outcome Shell::perform(Read read, const std::string& line)
+{
+    m_lineNumber++;
+    switch (read) {
+    case Read::Line:
+        return runLine(line);
+    case Read::TooLong:
+        complain("longer than " + std::to_string(kLongestLine) + " characters");
+        return Outcome::BadArgument;
+    case Read::Interrupted:
+        return Outcome::Interrupted;
+    case Read::End:
+        break;
+    }
+    return Outcome::Quit;
+}
+
+bool Shell::start()
+{
+    if (m_onTerminal) {
+        m_console.print("The network glue of the set; help lists the commands.\n");
+    }
+    if (m_startGlue) {
+        const RETURN_TYPE result = startGlue();
+        if (result != 0) {
+            m_console.complain("the glue did not start\n");
+            return false;
+        }
+    }
+    return true;
+}
+
+int Shell::run()
+{
+    if (!start() && !m_onTerminal) {
+        return kStatusUnmet;
+    }
+    std::string line;
+    for (;;) {
+        const Read read = m_lines->next(line);
+        const Outcome outcome = perform(read, line);
+        if (outcome == Outcome::Quit) {
+            return kStatusGood;
+        }
+        if (m_onTerminal) {
+            continue;
+        }
+        switch (outcome) {
+        case Outcome::BadArgument:
+            return kStatusNotUnderstood;
+        case Outcome::Unmet:
+            return kStatusUnmet;
+        case Outcome::Interrupted:
+            return kStatusInterrupted;
+        case Outcome::Done:
+        case Outcome::Quit:
+            break;
+        }
+    }
+}
+} // namespace
+
+int run(const Options& options)
+{
+    catchInterrupts();
+    const int status = Shell(options).run();
+    leaveGlue();
+    return status;
+}
+} // namespace shell

@@ -1,0 +1,27 @@
+/** The shell itself: reads lines and runs them. */
+#ifndef MOVO_NET_SHELL_SHELL_H
+#define MOVO_NET_SHELL_SHELL_H
+
+#include <cstdio>
+
+namespace shell {
+/** How the shell ends. */
+enum Status { kStatusGood = 0, kStatusUnmet = 1, kStatusNotUnderstood = 2, kStatusInterrupted = 130 };
+
+struct Options {
+    int input; // descriptor that the lines come from
+    std::FILE* output;
+    std::FILE* errors;
+    bool startGlue; // before the first line
+};
+
+/**
+ * Runs lines until `quit` or the end of the input, then stops the glue. When input and output are a terminal it goes on
+ * after whatever a line does; otherwise the first line that cannot be run, or expects what does not come, ends it.
+ *
+ * @return A status for the process.
+ */
+int run(const Options& options);
+} // namespace shell
+
+#endif

@@ -1,0 +1,108 @@
+/** A summary of all interfaces, out of the public calls. */
+#include "calls.h"
+#include "text.h"
+
+namespace shell {
+namespace {
+constexpr auto kSubject = "interface";
+constexpr std::size_t kLabelWidth = 14;
+constexpr std::size_t kColumnWidth = 20; // a MAC address and some blanks
+constexpr std::size_t kColumns = 3;
+
+template <typename Value, RETURN_TYPE (*call)(kest_sint32, const char*, Value*)>
+std::string cell(const char* ifname)
+{
+    Value value{};
+    const RETURN_TYPE code = call(kAppId, ifname, &value);
+    return code == 0 ? textOf(value) : "-";
+}
+
+template <kest_bool (*call)(kest_sint32, const char*)>
+std::string cell(const char* ifname)
+{
+    return textOf(call(kAppId, ifname));
+}
+
+std::string active(const char* ifname)
+{
+    const bool enabled = Movo_NET_IsEnabledIface(kAppId, ifname) != 0; // the other call complains when it is not
+    return enabled ? cell<Movo_NET_IsActivedIface>(ifname) : "no";
+}
+
+template <std::size_t Which>
+std::string address(const char* ifname)
+{
+    unsigned now[5] = {};
+    const RETURN_TYPE code = Movo_NET_GetIP(kAppId, ifname, &now[0], &now[1], &now[2], &now[3], &now[4]);
+    return code == 0 ? addressText(now[Which]) : "-";
+}
+
+/** One line of the table. */
+struct Row {
+    const char* label;
+    std::string (*value)(const char* ifname);
+};
+constexpr Row kRows[] = {
+    {"interface", [](const char* ifname) { return printable(ifname); }},
+    {"type", cell<MovoNetIfaceType_e, Movo_NET_GetIfaceType>},
+    {"mac", cell<long long, Movo_NET_GetIfaceMacAddress>},
+    {"enabled", cell<Movo_NET_IsEnabledIface>},
+    {"active", active},
+    {"link", cell<Movo_NET_IsPhyConnected>},
+    {"connected", cell<kest_bool, Movo_NET_IsConnected>},
+    {"priority", cell<int, Movo_NET_GetIfacePriority>},
+    {"mode", cell<MovoNetIPMode_e, Movo_NET_GetIPMode>},
+    {"state", cell<MovoNetIPStatus_e, Movo_NET_GetIPStatus>},
+    {"address", address<0>},
+    {"mask", address<1>},
+    {"gateway", address<2>},
+    {"dns 1", address<3>},
+    {"dns 2", address<4>},
+};
+
+std::string padded(std::string text, std::size_t width)
+{
+    text.resize(std::max(text.size(), width), ' ');
+    return text;
+}
+
+/** A table of some interfaces, one column each. */
+std::string tableOf(std::span<const std::string> ifnames)
+{
+    std::string table;
+    for (const Row& row : kRows) {
+        std::string line = padded(row.label, kLabelWidth);
+        for (const std::string& ifname : ifnames) {
+            line += padded(row.value(ifname.c_str()), kColumnWidth);
+        }
+        line.erase(line.find_last_not_of(' ') + 1);
+        table += line + "\n";
+    }
+    return table;
+}
+
+Outcome status(Console& console, Arguments /*arguments*/)
+{
+    if (Movo_NET_IsInitializationDone(kAppId) == 0) {
+        console.print("the glue does not run\n");
+        return Outcome::Done;
+    }
+    std::string text;
+    const std::vector<std::string> ifnames = interfaceNames();
+    for (std::size_t at = 0; at < ifnames.size(); at += kColumns) {
+        text += tableOf(std::span(ifnames).subspan(at, std::min(kColumns, ifnames.size() - at))) + "\n";
+    }
+    console.print("%sthe network %s\n", text.c_str(), Movo_NET_IsNetworkOK(kAppId) != 0 ? "works" : "does not work");
+    return Outcome::Done;
+}
+} // namespace
+
+std::span<const Command> statusCommands()
+{
+    static constexpr Command kCommands[] = {
+        {kSubject, "status", "", "shows all interfaces in a table", "", status},
+        {kSubject, "interfaces", "", "the same as status", "", status},
+    };
+    return kCommands;
+}
+} // namespace shell

@@ -1,0 +1,39 @@
+/** Words of a command line, and values as people write them. */
+#ifndef MOVO_NET_SHELL_TEXT_H
+#define MOVO_NET_SHELL_TEXT_H
+
+#include <chrono>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace shell {
+/**
+ * Splits a line at blanks. Double quotes keep blanks, a backslash keeps the next character, a word that begins with #
+ * ends the line. Nothing when a quote is not closed or a backslash stands last.
+ */
+std::optional<std::vector<std::string>> splitWords(std::string_view line);
+
+std::optional<int> parseInt(const std::string& text);
+
+/** Seconds, whole or with a fraction, from 0 to a year. */
+std::optional<std::chrono::milliseconds> parseSeconds(const std::string& text);
+
+/** A dotted quad, in network byte order. */
+std::optional<unsigned> parseAddress(const std::string& text);
+
+/** "on" or "off". */
+std::optional<bool> parseSwitch(const std::string& text);
+
+/** A dotted quad of an address in network byte order. */
+std::string addressText(unsigned address);
+
+/** The six lowest-addressed bytes, first octet first. */
+std::string macText(long long address);
+
+/** Text from outside that is safe on a terminal: control characters become \xNN. */
+std::string printable(std::string_view text);
+} // namespace shell
+
+#endif
