@@ -49,7 +49,7 @@ as_root() {
 apt_quietly() {
     local output
     if ! output=$(as_root env DEBIAN_FRONTEND=noninteractive apt-get -qq "$@" 2>&1); then
-        die "apt-get $1 failed; is there a network to the package mirror? $(grep -m 1 -E '^(E|Err)' <<< "$output")"
+        die "apt-get $1 failed; is there a network to the package mirror? $(grep -m 1 -E '^(E:|Err:|sudo:)' <<< "$output")"
     fi
 }
 
