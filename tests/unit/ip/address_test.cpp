@@ -220,6 +220,19 @@ TEST(StaticMask, IsToldAsANumberAndNeverAnnounced)
     EXPECT_EQ(set.openDescriptors(), Lines{});
 }
 
+TEST(Messages, AreLeftOutBelowTheThreshold)
+{
+    sim::Set set;
+    MovoNetIface_t iface = record("nothere", _MOVO_NET_IPMODE_STATIC_);
+    __atomic_store_n(&__kest_debug_min, static_cast<int>(KEST_LEVEL_ERROR), __ATOMIC_RELAXED);
+    EXPECT_EQ(int_Movo_Net_SetIpv4(&iface, 1), 1);
+    EXPECT_EQ(told(set), Lines{"ERROR movo_net_fl_common int_Movo_Net_SetIpv4: Set IP Address ERROR\n"});
+    set.forget();
+    __atomic_store_n(&__kest_debug_min, static_cast<int>(KEST_LEVEL_NONE), __ATOMIC_RELAXED);
+    EXPECT_EQ(int_Movo_Net_SetIpv4(&iface, 1), 1);
+    EXPECT_EQ(told(set), Lines{});
+}
+
 struct Refusal {
     const char* name;
     RETURN_TYPE (*call)(MovoNetIface_t*, std::uint32_t);

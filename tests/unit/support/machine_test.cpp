@@ -73,6 +73,13 @@ TEST(ShellCommand, IsMinusOneWithoutAShell)
     EXPECT_EQ(runShell("true"), -1);
 }
 
+TEST(ShellCommand, IsMinusOneWhenThereIsNone)
+{
+    sim::Set set;
+    EXPECT_EQ(runShell(""), -1);
+    EXPECT_TRUE(set.commands().empty());
+}
+
 TEST(OwnedDescriptor, IsClosedAtTheEndOfItsScope)
 {
     const int fd = open("/dev/null", O_RDONLY | O_CLOEXEC);
