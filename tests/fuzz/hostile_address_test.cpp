@@ -15,7 +15,7 @@ using fuzz::Hostile;
 // Files and commands that hold anything at all.
 
 namespace {
-constexpr int kRounds = 250;
+constexpr int kRounds = 120;
 constexpr const char* kResolver = "/etc/resolv.conf";
 constexpr const char* kInfo = "/etc/dhcpc/dhcpcd-eth0.info";
 
