@@ -29,6 +29,13 @@ std::string active(const char* ifname)
     return enabled ? cell<Movo_NET_IsActivedIface>(ifname) : "no";
 }
 
+std::string link(const char* ifname)
+{
+    MovoNetIfaceType_e type{};
+    const RETURN_TYPE code = Movo_NET_GetIfaceType(kAppId, ifname, &type);
+    return code == 0 && type != _MOVO_NET_IFACE_LO_ ? cell<Movo_NET_IsPhyConnected>(ifname) : "-"; // lo has no PHY
+}
+
 template <std::size_t Which>
 std::string address(const char* ifname)
 {
@@ -48,7 +55,7 @@ constexpr Row kRows[] = {
     {"mac", cell<long long, Movo_NET_GetIfaceMacAddress>},
     {"enabled", cell<Movo_NET_IsEnabledIface>},
     {"active", active},
-    {"link", cell<Movo_NET_IsPhyConnected>},
+    {"link", link},
     {"connected", cell<kest_bool, Movo_NET_IsConnected>},
     {"priority", cell<int, Movo_NET_GetIfacePriority>},
     {"mode", cell<MovoNetIPMode_e, Movo_NET_GetIPMode>},

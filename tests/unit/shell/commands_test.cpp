@@ -200,7 +200,7 @@ TEST(ShellStatus, IsATableOfTheInterfaces)
                                        "mac           02:4d:4f:56:4f:01   02:4d:4f:56:4f:01\n"
                                        "enabled       yes                 yes\n"
                                        "active        no                  no\n"
-                                       "link          no                  no\n"
+                                       "link          -                   no\n"
                                        "connected     yes                 yes\n"
                                        "priority      2                   2\n"
                                        "mode          static              static\n"

@@ -1,0 +1,52 @@
+# What `cmake --install FOLDER [--prefix PREFIX]` gives; the tree may be moved afterwards.
+include(GNUInstallDirs)
+include(CMakePackageConfigHelpers)
+
+set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/movo_net)
+set(templates ${PROJECT_SOURCE_DIR}/cmake/install)
+set(generated ${PROJECT_BINARY_DIR}/install)
+
+# --- Libraries and headers ---
+
+install(DIRECTORY movoglue/net/include/ platform/kest/include/
+    DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN *.h)
+
+# movo_net::movo_net is the shared library, as for pkg-config without --static.
+set_target_properties(movo_net_shared PROPERTIES EXPORT_NAME movo_net)
+set_target_properties(movo_net PROPERTIES EXPORT_NAME movo_net_static)
+install(TARGETS movo_net_shared movo_net kest EXPORT movo_net
+    INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(EXPORT movo_net FILE movo_net-targets.cmake NAMESPACE movo_net:: DESTINATION ${package_folder})
+
+configure_package_config_file(${templates}/movo_net-config.cmake.in ${generated}/movo_net-config.cmake
+    INSTALL_DESTINATION ${package_folder})
+write_basic_package_version_file(${generated}/movo_net-config-version.cmake COMPATIBILITY SameMinorVersion)
+install(FILES ${generated}/movo_net-config.cmake ${generated}/movo_net-config-version.cmake
+    DESTINATION ${package_folder})
+
+# What a program that links the static library needs besides: other libraries of the product by their own link lists.
+set(private_libraries -lkest)
+get_target_property(linked movo_net LINK_LIBRARIES)
+foreach(library IN LISTS linked)
+    if(IS_ABSOLUTE ${library})
+        list(APPEND private_libraries ${library})
+    elseif(NOT TARGET ${library})
+        list(APPEND private_libraries -l${library})
+    endif()
+endforeach()
+list(JOIN private_libraries " " private_libraries)
+file(RELATIVE_PATH prefix_from_pc ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+configure_file(${templates}/movo_net.pc.in ${generated}/movo_net.pc @ONLY)
+install(FILES ${generated}/movo_net.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+# --- Programs ---
+
+install(TARGETS recovery_net movo_net_shell)
+install(FILES man/recovery_net.8 DESTINATION ${CMAKE_INSTALL_MANDIR}/man8)
+install(FILES man/movo_net_shell.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+
+# Names the daemon's place, which is known when it is installed.
+install(CODE "
+    set(bin_folder \${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_BINDIR})
+    configure_file(${templates}/recovery_net.service.in ${generated}/recovery_net.service @ONLY)")
+install(FILES ${generated}/recovery_net.service DESTINATION lib/systemd/system)
