@@ -6,6 +6,9 @@
 #include "movo_net_internal.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
@@ -27,17 +30,33 @@ bool loopLives()
     });
 }
 
+/** Folders are called sim.PID.RANDOM; those of processes that ended before they could remove theirs are removed. */
+void removeRootsOfTheDead(const std::string& base)
+{
+    std::error_code error;
+    for (const auto& entry : std::filesystem::directory_iterator(base, error)) {
+        int pid = 0;
+        const bool ours = std::sscanf(entry.path().filename().c_str(), "sim.%d.", &pid) == 1 && pid > 0;
+        if (ours && kill(pid, 0) != 0 && errno == ESRCH) {
+            std::error_code ignored; // another test may be at it
+            std::filesystem::remove_all(entry.path(), ignored);
+        }
+    }
+}
+
 void makeRoot()
 {
-    const char* base = std::getenv("TMPDIR");
-    std::string pattern = std::string(base != nullptr ? base : "/tmp") + "/sim.XXXXXX";
+    const char* folder = std::getenv("TMPDIR");
+    const std::string base = folder != nullptr ? folder : "/tmp";
+    removeRootsOfTheDead(base);
+    std::string pattern = base + "/sim." + std::to_string(getpid()) + ".XXXXXX";
     if (mkdtemp(pattern.data()) == nullptr) {
         std::cerr << "no folder for the simulated set: " << pattern << "\n";
         std::exit(1);
     }
     world().root = pattern;
-    for (const char* folder : {"/proc/net", "/etc/dhcpc", "/tmp/dhcp", "/data/tv/save"}) {
-        std::filesystem::create_directories(world().root + folder);
+    for (const char* needed : {"/proc/net", "/etc/dhcpc", "/tmp/dhcp", "/data/tv/save"}) {
+        std::filesystem::create_directories(world().root + needed);
     }
 }
 

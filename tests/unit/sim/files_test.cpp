@@ -85,6 +85,26 @@ TEST(Files, KernelTablesFollowTheInterfaces)
     EXPECT_EQ(sim_fopen("/proc/net/dev", "re"), nullptr);
 }
 
+TEST(Files, ARootThatACrashLeftIsRemovedByTheNextSet)
+{
+    int ends[2];
+    ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
+    EXPECT_EQ(forkedRun([ends] {
+                  const Set set;
+                  const std::string root = set.real("");
+                  EXPECT_EQ(write(ends[1], root.data(), root.size()), static_cast<ssize_t>(root.size()));
+                  _exit(0);
+              }),
+              0);
+    char root[256] = {};
+    ASSERT_GT(read(ends[0], root, sizeof(root) - 1), 0);
+    EXPECT_EQ(access(root, F_OK), 0);
+    const Set set;
+    EXPECT_EQ(access(root, F_OK), -1);
+    (void)close(ends[0]);
+    (void)close(ends[1]);
+}
+
 TEST(Descriptors, AreListedUntilClosed)
 {
     Set set;
