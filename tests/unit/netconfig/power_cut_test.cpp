@@ -80,9 +80,9 @@ void PrintTo(const Sizes& sizes, std::ostream* out)
     *out << sizes.before << " to " << sizes.now;
 }
 
-class PowerCut : public testing::TestWithParam<Sizes> {};
+class CutSave : public testing::TestWithParam<Sizes> {};
 
-TEST_P(PowerCut, LeavesTheOldConfigurationOrTheNew)
+TEST_P(CutSave, LeavesTheOldConfigurationOrTheNew)
 {
     sim::Set set;
     const Configuration before = numbered(GetParam().before, "1");
@@ -107,9 +107,23 @@ TEST_P(PowerCut, LeavesTheOldConfigurationOrTheNew)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Records, PowerCut,
+INSTANTIATE_TEST_SUITE_P(Records, CutSave,
                          testing::Values(Sizes{0, 1}, Sizes{1, 1}, Sizes{1, 10}, Sizes{10, 1}, Sizes{3, 2},
                                          Sizes{10, 10}));
+
+TEST(PowerCut, EachWriteIsOnTheFlashWhenItReturns)
+{
+    sim::Set set;
+    const std::string whole = fileWith(set, numbered(2, "2"));
+    const auto cuts = cutsDuringSave(set, {}, numbered(2, "2"));
+    const auto temporary = [&](std::size_t bytes) { return Folder{{"netconfig.tmp", whole.substr(0, bytes)}}; };
+    const Folder nothing;
+    EXPECT_EQ(cuts[2], (std::set{nothing, temporary(0)})) << "opened";
+    EXPECT_EQ(cuts[3], (std::set{nothing, temporary(4)})) << "check value written";
+    EXPECT_EQ(cuts[4], (std::set{nothing, temporary(whole.size())})) << "records written";
+    EXPECT_EQ(cuts[7], (std::set{nothing, temporary(whole.size()), Folder{{"netconfig", whole}}})) << "renamed";
+    EXPECT_EQ(cuts[8], (std::set{Folder{{"netconfig", whole}}})) << "synchronised";
+}
 
 /** What the interrupted save left, and then a whole one over it: its result, for every moment of the cut. */
 std::vector<std::set<Configuration>> savedAfterCut(sim::Set& set, int interrupted, const Configuration& next)
