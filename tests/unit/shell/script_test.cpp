@@ -153,6 +153,17 @@ TEST(ShellExpect, AnInterfaceMayBeCalledByANumberWhenATimeFollows)
     EXPECT_EQ(play("callback on\nfilter 7\nexpect IFFOUND 7 0\n").status, 0);
 }
 
+TEST(ShellExpect, KeepsTheLastThousandCallbacks)
+{
+    filterCallsBack(_MOVO_NET_CALLBACK_IFFOUND_);
+    std::string script = "callback on\nfilter first\n";
+    for (int i = 1; i < 1000; i++) {
+        script += "filter eth0\n";
+    }
+    EXPECT_EQ(play(script + "expect IFFOUND first 0\n").status, 0);
+    EXPECT_EQ(play(script + "filter eth0\nexpect IFFOUND first 0\n").status, 1);
+}
+
 TEST(ShellSleep, ShowsCallbacksMeanwhile)
 {
     filterCallsBack(_MOVO_NET_CALLBACK_IFFOUND_);
