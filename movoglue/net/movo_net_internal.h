@@ -189,6 +189,29 @@ RETURN_TYPE NotifyApp(MovoNetCBReason_e reason, void* param);
  */
 RETURN_TYPE ResetGwAndDns(void);
 
+/**
+ * Brings an interface up and starts its IP configuration. A NULL record ends the process.
+ *
+ * @retval 0  Started; see `ConfigIP` for what follows.
+ * @retval 1  Failed.
+ */
+RETURN_TYPE ifup(MovoNetIface_t* pIface);
+
+/** Ends an interface's IP configuration and moves the default route to another one; the result of ResetGwAndDns. */
+RETURN_TYPE ifdown(MovoNetIface_t* pIface);
+
+/**
+ * Closes the notify pipe of an interface's DHCP client and stops the client. A NULL record ends the process.
+ *
+ * @param[in] bKeepIfconfig  1: the client leaves the address in place; 0: it gives the lease back, and is waited for,
+ *                           2 s at the most.
+ *
+ * @return 0 when the client could not be signalled, else 1.
+ *
+ * @par Locks  eventListLock, if the pipe is open: the caller holds no lock that a handler takes.
+ */
+kest_bool ShutdownDhcpcd(MovoNetIface_t* pIface, kest_bool bKeepIfconfig);
+
 } // extern "C"
 
 #endif

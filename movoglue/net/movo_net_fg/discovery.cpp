@@ -1,5 +1,6 @@
 #include "movo_net_fg/fg.h"
 #include "movo_net_fl_common/common.h"
+#include "movo_net_fl_wifi/wifi.h"
 #include "support/file.h"
 #include "support/log.h"
 #include "support/text.h"
@@ -62,6 +63,15 @@ void describe(MovoNetIface_t& iface)
     }
 }
 
+/** Gives a record back that was never listed, with what a back end that failed half-way has left attached. */
+void discard(MovoNetIface_t* iface)
+{
+    if (iface->type == _MOVO_NET_IFACE_WIFI_) {
+        discardWifi(*iface);
+    }
+    std::free(iface);
+}
+
 enum class Discovery { GoOn, End };
 
 /** One name of the kernel's table; speaks for UpdateInterfaces. */
@@ -85,15 +95,13 @@ Discovery discover(const char* name, CallSite at)
     describe(*iface);
     if (int_Movo_Net_Init(iface) != kOk) {
         NET_LOG_AT(at, KEST_LEVEL_ERROR, "int_Movo_Net_Init failed\n");
-        std::free(iface->priv); // a back end that failed half-way leaves it attached
-        std::free(iface);
+        discard(iface);
         return Discovery::GoOn;
     }
     ScopedLock listLock(ifaceListLock);
     if (!listLock) {
         NET_LOG_AT(at, KEST_LEVEL_ERROR, "lock mutex failed\n");
-        std::free(iface->priv);
-        std::free(iface);
+        discard(iface);
         return Discovery::End;
     }
     appendInterface(iface);

@@ -21,7 +21,7 @@ int priorityWithAddress(const MovoNetIface_t& iface);
 void clearAddresses(MovoNetIface_t& iface);
 } // namespace movonet
 
-// A NULL record ends the process in all of these but ifdown, ifconfig_up and int_Movo_Net_GetThroughput.
+// A NULL record ends the process in all of these but ifconfig_up and int_Movo_Net_GetThroughput.
 extern "C" {
 
 /**
@@ -69,12 +69,6 @@ RETURN_TYPE int_Movo_Net_GetMacAddr(MovoNetIface_t* pIface, std::int64_t* pMac);
 
 /** Not supported: writes 0 and returns 1 all the same, 5 for a NULL output. */
 RETURN_TYPE int_Movo_Net_GetThroughput(MovoNetIface_t* pIface, std::int32_t* throughput);
-
-/** Brings the interface up and starts its IP configuration. 0 started, 1 failed. */
-RETURN_TYPE ifup(MovoNetIface_t* pIface);
-
-/** Ends the interface's IP configuration and moves the default route to another one; the result of ResetGwAndDns. */
-RETURN_TYPE ifdown(MovoNetIface_t* pIface);
 
 /** Brings any interface up. 0 done, 1 failed, 5 for a NULL or empty name. */
 RETURN_TYPE ifconfig_up(const char* ifname);

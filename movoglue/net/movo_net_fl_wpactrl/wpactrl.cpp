@@ -1,25 +1,178 @@
 #include "movo_net_fl_wpactrl/wpactrl.h"
 
+#include "movo_net_fl_wpactrl/channel.h"
+#include "support/command.h"
+#include "support/log.h"
+#include "support/shared.h"
+#include "support/text.h"
+
+#include <cstdlib>
+#include <new>
+
 using namespace movonet;
 
-// A record without a wireless back end has no supplicant link.
+namespace {
+constexpr LogModule kLog{"movo_net_fl_wpactrl", &movoglue_net_debug};
 
-RETURN_TYPE int_Movo_Net_Wpactrl_IsConnected(MovoNetIface_t* /*pIface*/, kest_bool* /*isConnected*/)
+/** Links taken from their interface at the stop; handlers may still stand in one. */
+Wpactrl_t* s_pRetired;
+
+void retire(Wpactrl_t* w)
 {
-    return kBadArgument;
+    const ScopedLock lock(essTableLock);
+    w->nextRetired = s_pRetired;
+    s_pRetired = w;
 }
 
-RETURN_TYPE int_Movo_Net_Wpactrl_Status(MovoNetIface_t* /*pIface*/, kest_bool* /*isWpanone*/)
+Wpactrl_t* makeWpactrl()
 {
-    return kBadArgument;
+    void* memory = std::calloc(1, sizeof(Wpactrl_t));
+    return memory != nullptr ? new (memory) Wpactrl_t{} : nullptr;
 }
 
-RETURN_TYPE int_Movo_Net_Wpactrl_ResetConnecting(MovoNetIface_t* /*pIface*/)
+/** Stops whatever gives the interface an address; the link is gone. */
+void stopAddressing(MovoNetIface_t& iface)
 {
-    return kBadArgument;
+    if (get(iface.ipMode) == _MOVO_NET_IPMODE_DHCP_) {
+        (void)ShutdownDhcpcd(&iface, kRelease);
+    } else {
+        (void)runShell(FixedText<40>("ifconfig %s 0.0.0.0", iface.name));
+    }
 }
 
-RETURN_TYPE ShutdownWpactrl(MovoNetIface_t* /*pIface*/)
+/** The checks of the questions about a connection; NULL when one fails, and `result` says how. */
+Wpactrl_t* openLink(MovoNetIface_t* pIface, const void* output, RETURN_TYPE& result, CallSite at)
 {
+    result = kBadArgument;
+    if (pIface == nullptr) {
+        reportFailure("pIface", kLog.name, at);
+        return nullptr;
+    }
+    Wpactrl_t* w = wpactrl_iface(pIface);
+    if (w == nullptr || output == nullptr) {
+        return nullptr;
+    }
+    result = kOk;
+    return w;
+}
+} // namespace
+
+namespace movonet {
+void discardWpactrl(MovoNetWifi_t& wifi)
+{
+    std::free(wifi.priv);
+    wifi.priv = nullptr;
+}
+} // namespace movonet
+
+Wpactrl_t* wpactrl_iface(MovoNetIface_t* iface)
+{
+    MovoNetWifi_t* wifi = wifi_iface(iface);
+    return wifi != nullptr ? static_cast<Wpactrl_t*>(get(wifi->priv)) : nullptr;
+}
+
+RETURN_TYPE int_Movo_Net_Wpactrl_Init(MovoNetIface_t* pIface)
+{
+    if (pIface == nullptr) {
+        NET_REPORT("pIface");
+        return kBadArgument;
+    }
+    MovoNetWifi_t* wifi = wifi_iface(pIface);
+    if (wifi == nullptr) {
+        return kBadArgument;
+    }
+    Wpactrl_t* w = makeWpactrl();
+    if (w == nullptr) {
+        NET_ERROR("malloc wpactrl interface failed\n");
+        return kFail;
+    }
+    switch (w->lock.make()) {
+    case MutexError::Attribute:
+        NET_ERROR("int_Movo_Net_Wpactrl_Init, init mutex failed\n");
+        std::free(w);
+        return kFail;
+    case MutexError::Mutex:
+        // Deliberate: names another function.
+        NET_ERROR("int_Movo_Net_InitWifi, init mutex failed\n");
+        std::free(w);
+        return kFail;
+    case MutexError::None:
+        break;
+    }
+    w->pWifiIface = wifi;
+    set(wifi->priv, w);
     return kOk;
+}
+
+RETURN_TYPE int_Movo_Net_Wpactrl_DeInit(MovoNetIface_t* pIface)
+{
+    RETURN_TYPE result = kOk;
+    Wpactrl_t* w = openLink(pIface, pIface, result, NET_HERE);
+    if (w == nullptr) {
+        return result;
+    }
+    set(wifi_iface(pIface)->priv, nullptr);
+    retire(w);
+    return kOk;
+}
+
+RETURN_TYPE int_Movo_Net_Wpactrl_RemoveNetwork(MovoNetIface_t* pIface)
+{
+    RETURN_TYPE result = kOk;
+    Wpactrl_t* w = openLink(pIface, pIface, result, NET_HERE);
+    if (w == nullptr) {
+        return result;
+    }
+    MovoNetWifi_t& wifi = *wifi_iface(pIface);
+    ScopedLock link(w->lock);
+    if (!link) {
+        NET_ERROR("lock wpactrl mutex failed\n");
+        return kFail;
+    }
+    set(w->connectStatus, WPACTRL_STATUS_NONE);
+    set(w->isWpsMode, kFalse);
+    if (Wpactrl_ExecCmd(w, "REMOVE_NETWORK ALL") != kOk) {
+        NET_ERROR("[REMOVE_NETWORK] failed\n");
+    }
+    link.unlock();
+
+    ScopedLock lock(wifi.lock);
+    if (!lock) {
+        NET_ERROR("lock wifi iface failed\n");
+        return kFail;
+    }
+    markCurrentConnected(wifi, kFalse);
+    lock.unlock();
+    set(pIface->isConnected, kFalse);
+    stopAddressing(*pIface);
+    return kOk;
+}
+
+RETURN_TYPE int_Movo_Net_Wpactrl_IsConnected(MovoNetIface_t* pIface, kest_bool* isConnected)
+{
+    RETURN_TYPE result = kOk;
+    if (const Wpactrl_t* w = openLink(pIface, isConnected, result, NET_HERE); w != nullptr) {
+        *isConnected = get(w->connectStatus) == WPACTRL_STATUS_CONNECTED ? kTrue : kFalse;
+    }
+    return result;
+}
+
+RETURN_TYPE int_Movo_Net_Wpactrl_Status(MovoNetIface_t* pIface, kest_bool* isWpanone)
+{
+    RETURN_TYPE result = kOk;
+    if (const Wpactrl_t* w = openLink(pIface, isWpanone, result, NET_HERE); w != nullptr) {
+        *isWpanone = get(w->connectStatus) == WPACTRL_STATUS_NONE ? kTrue : kFalse;
+    }
+    return result;
+}
+
+RETURN_TYPE int_Movo_Net_Wpactrl_IsReconnecting(MovoNetIface_t* pIface, kest_bool* isReconnecting)
+{
+    RETURN_TYPE result = kOk;
+    if (const Wpactrl_t* w = openLink(pIface, isReconnecting, result, NET_HERE); w != nullptr) {
+        const WpactrlConnectStatus_e status = get(w->connectStatus);
+        const bool withoutAddress = status == WPACTRL_STATUS_CONNECTED && !get(pIface->isConnected);
+        *isReconnecting = status == WPACTRL_STATUS_CONNECTING || withoutAddress ? kTrue : kFalse;
+    }
+    return result;
 }

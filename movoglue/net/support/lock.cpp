@@ -4,32 +4,38 @@ namespace movonet {
 namespace {
 pthread_mutex_t s_making = PTHREAD_MUTEX_INITIALIZER;
 
-bool initialise(pthread_mutex_t& mutex, int type)
+MutexError initialise(pthread_mutex_t& mutex, int type)
 {
     pthread_mutexattr_t attributes;
     if (pthread_mutexattr_init(&attributes) != 0) {
-        return false;
+        return MutexError::Attribute;
     }
-    const bool made = pthread_mutexattr_settype(&attributes, type) == 0 && pthread_mutex_init(&mutex, &attributes) == 0;
+    MutexError error = MutexError::None;
+    if (pthread_mutexattr_settype(&attributes, type) != 0) {
+        error = MutexError::Attribute;
+    } else if (pthread_mutex_init(&mutex, &attributes) != 0) {
+        error = MutexError::Mutex;
+    }
     (void)pthread_mutexattr_destroy(&attributes);
-    return made;
+    return error;
 }
 } // namespace
 
-bool Mutex::make()
+MutexError Mutex::make()
 {
     (void)pthread_mutex_lock(&s_making);
+    MutexError error = MutexError::None;
     if (!m_made) {
-        m_made = initialise(m_mutex, m_kind == Kind::Recursive ? PTHREAD_MUTEX_RECURSIVE : PTHREAD_MUTEX_DEFAULT);
+        error = initialise(m_mutex, m_kind == Kind::Recursive ? PTHREAD_MUTEX_RECURSIVE : PTHREAD_MUTEX_DEFAULT);
+        m_made = error == MutexError::None;
     }
-    const bool made = m_made;
     (void)pthread_mutex_unlock(&s_making);
-    return made;
+    return error;
 }
 
 bool Mutex::create()
 {
-    if (!make()) {
+    if (make() != MutexError::None) {
         return false;
     }
     m_state.store(State::Alive, std::memory_order_release);
@@ -44,7 +50,7 @@ void Mutex::retire()
 bool Mutex::usable()
 {
     State state = m_state.load(std::memory_order_acquire);
-    if (state == State::Unmade && make()) {
+    if (state == State::Unmade && make() == MutexError::None) {
         (void)m_state.compare_exchange_strong(state, State::Alive, std::memory_order_acq_rel);
         state = m_state.load(std::memory_order_acquire);
     }

@@ -6,9 +6,13 @@
 #include <pthread.h>
 
 namespace movonet {
+/** Which step of making a mutex failed. */
+enum class MutexError { None, Attribute, Mutex };
+
 /**
- * A mutex with static storage. It is made on first use or by `create`, and never destroyed: after `retire` every
- * attempt to take it fails, which is what a user who comes too late is told, until `create` brings it back.
+ * A mutex that lives as long as the process. It is made on first use or by `create`, and never destroyed: after
+ * `retire` every attempt to take it fails, which is what a user who comes too late is told, until `create` brings it
+ * back.
  */
 class Mutex {
 public:
@@ -20,6 +24,8 @@ public:
 
     /** Makes the mutex unless it is there, and lets it be taken (again). False when the platform cannot make it. */
     bool create();
+    /** Makes the mutex unless it is there, and tells what the platform cannot make. */
+    MutexError make();
     /** Lets nobody take it any more; a holder still releases it. */
     void retire();
     /** False when it was retired or cannot be made. */
@@ -32,7 +38,6 @@ private:
     enum class State { Unmade, Alive, Retired };
 
     bool usable();
-    bool make();
 
     const Kind m_kind;
     std::atomic<State> m_state{State::Unmade};
@@ -57,6 +62,10 @@ public:
             m_mutex = nullptr;
         }
     }
+    /** Takes one again after `unlock`. */
+    void relock(Mutex& mutex) { m_mutex = mutex.lock() ? &mutex : nullptr; }
+    /** Returns from the scope with the mutex still held. */
+    void leaveLocked() { m_mutex = nullptr; }
 
 private:
     Mutex* m_mutex;

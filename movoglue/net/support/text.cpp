@@ -19,6 +19,13 @@ HeapText::~HeapText()
     std::free(m_text);
 }
 
+void copyPadded(char* to, const char* from, std::size_t room)
+{
+    const std::size_t length = strnlen(from, room);
+    std::memcpy(to, from, length);
+    std::memset(to + length, 0, room - length);
+}
+
 std::array<int, 4> octets(std::uint32_t address)
 {
     std::array<std::uint8_t, 4> bytes{};

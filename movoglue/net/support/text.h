@@ -55,6 +55,10 @@ void copyText(char (&to)[N], const char* from)
     std::memset(to + length, 0, N - length);
 }
 
+/** Copies `from` up to its end, at most `room` bytes, and fills the rest of the `room` bytes with zeros; adds no end
+ * mark. */
+void copyPadded(char* to, const char* from, std::size_t room);
+
 /** The four octets of an address in network byte order, first octet first. */
 std::array<int, 4> octets(std::uint32_t address);
 

@@ -1,0 +1,144 @@
+#include "movo_net_fl_wifi/saved.h"
+
+#include "support/log.h"
+#include "support/shared.h"
+
+#include <cstdlib>
+#include <cstring>
+
+using namespace movonet;
+
+namespace {
+constexpr LogModule kLog{"movo_net_fl_wifi", &movoglue_net_debug};
+
+using Link = MovNetWifiEssItem_t**;
+
+bool sameNetwork(const MovNetWifiEssItem_t& left, const MovNetWifiEssItem_t& right)
+{
+    return std::strcmp(left.essid, right.essid) == 0 && left.bssid == right.bssid &&
+           left.securityType == right.securityType && left.encrypType == right.encrypType;
+}
+
+/** The link that points at the first node that `matches`, or at the list's end. The caller holds essListLock. */
+template <typename Matches>
+Link findLink(Matches matches)
+{
+    Link link = &g_pSavedEsss;
+    while (*link != nullptr && !matches(**link)) {
+        link = &(*link)->next;
+    }
+    return link;
+}
+
+void putFirst(MovNetWifiEssItem_t* node)
+{
+    node->next = g_pSavedEsss;
+    set(g_pSavedEsss, node);
+}
+
+MovNetWifiEssItem_t* takeOut(Link link)
+{
+    MovNetWifiEssItem_t* node = *link;
+    set(*link, node->next);
+    return node;
+}
+
+/** Puts `ess` first, over the node of the same network or as a new one. */
+RETURN_TYPE insertFirst(const MovNetWifiEssItem_t& ess, CallSite at)
+{
+    const MovNetWifiEssItem_t copy = ess; // it may be the node itself
+    Link link = findLink([&copy](const MovNetWifiEssItem_t& node) { return sameNetwork(node, copy); });
+    auto* node =
+        *link != nullptr ? takeOut(link) : static_cast<MovNetWifiEssItem_t*>(std::malloc(sizeof(MovNetWifiEssItem_t)));
+    if (node == nullptr) {
+        NET_LOG_AT(at, KEST_LEVEL_ERROR, "out of memory\n");
+        return kNoMemory;
+    }
+    *node = copy;
+    putFirst(node);
+    return kOk;
+}
+} // namespace
+
+namespace movonet {
+Mutex essListLock{Mutex::Kind::Recursive};
+MovNetWifiEssItem_t* g_pSavedEsss;
+
+bool hasSavedEsss()
+{
+    return get(g_pSavedEsss) != nullptr;
+}
+
+void freeSavedEsss()
+{
+    while (g_pSavedEsss != nullptr) {
+        std::free(takeOut(&g_pSavedEsss));
+    }
+}
+} // namespace movonet
+
+RETURN_TYPE int_Movo_Net_SaveEss(MovNetWifiEssItem_t* ess)
+{
+    if (ess == nullptr || ess->essid[0] == '\0') {
+        return kBadArgument;
+    }
+    ScopedLock lock(essListLock);
+    if (!lock) {
+        NET_ERROR("lock mutex failed\n");
+        return kFail;
+    }
+    if (g_pSavedEsss != nullptr && sameNetwork(*g_pSavedEsss, *ess) && std::strcmp(g_pSavedEsss->Key, ess->Key) == 0) {
+        return kOk; // saved last time: costs nothing
+    }
+    if (const RETURN_TYPE result = insertFirst(*ess, NET_HERE); result != kOk) {
+        return result;
+    }
+    lock.unlock();
+    return SaveEsss();
+}
+
+RETURN_TYPE int_Movo_Net_DelEss(MovNetWifiEssItem_t ess)
+{
+    if (ess.essid[0] == '\0') {
+        return kBadArgument;
+    }
+    ScopedLock lock(essListLock);
+    if (!lock) {
+        NET_ERROR("lock mutex failed\n");
+        return kFail;
+    }
+    Link link = findLink([&ess](const MovNetWifiEssItem_t& node) {
+        return sameEssid(node.essid, ess.essid) && node.bssid == ess.bssid;
+    });
+    if (*link == nullptr) {
+        return kOk;
+    }
+    std::free(takeOut(link));
+    lock.unlock();
+    NET_INFO("delete %s in saved ess list\n", ess.essid);
+    return SaveEsss();
+}
+
+MovNetWifiEssItem_t* int_Movo_Net_GetSavedEss(const char* ess)
+{
+    if (ess == nullptr) {
+        NET_ERROR("bad param\n");
+        return nullptr;
+    }
+    const ScopedLock lock(essListLock);
+    if (!lock) {
+        NET_ERROR("lock mutex failed\n");
+        return nullptr;
+    }
+    return *findLink([ess](const MovNetWifiEssItem_t& node) { return sameEssid(node.essid, ess); });
+}
+
+MovNetWifiEssItem_t* int_Movo_Net_GetSavedConnectedEss(void)
+{
+    const ScopedLock lock(essListLock);
+    if (!lock) {
+        NET_ERROR("lock mutex failed\n");
+        return nullptr;
+    }
+    return *findLink([](const MovNetWifiEssItem_t& node) { return node.isConnected != kFalse; });
+}

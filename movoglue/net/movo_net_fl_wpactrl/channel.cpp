@@ -1,0 +1,238 @@
+#include "movo_net_fl_wpactrl/channel.h"
+
+#include "support/log.h"
+#include "support/shared.h"
+#include "support/text.h"
+
+#include <cstring>
+#include <fcntl.h>
+#include <string_view>
+#include <sys/select.h>
+#include <wpa_ctrl.h>
+
+using namespace movonet;
+
+namespace {
+constexpr LogModule kLog{"movo_net_fl_wpactrl", &movoglue_net_debug};
+
+constexpr const char* kSocketFolder = "/dev/socket/";
+constexpr const char* kSocketName = "wpa_mlan0";
+constexpr const char* kFallbackInterface = "mlan0";
+constexpr int kRetryDelayMs = 500;
+constexpr int kLibraryTimeout = -2;
+
+/**
+ * Held for one exchange with the client library, for opening and for closing: two requests at once would take each
+ * other's reply, and the library counts its sockets without a lock. Nothing is taken while it is held.
+ */
+Mutex s_requestLock{Mutex::Kind::Plain};
+
+using SocketPath = FixedText<328>;
+
+/** A connection that the event loop can watch and that programs started by us do not inherit; NULL when there is none.
+ */
+wpa_ctrl* openConnection(const SocketPath& path)
+{
+    const ScopedLock lock(s_requestLock);
+    wpa_ctrl* connection = wpa_ctrl_open(path.c_str());
+    if (connection == nullptr) {
+        return nullptr;
+    }
+    const int fd = wpa_ctrl_get_fd(connection);
+    if (fd >= FD_SETSIZE) {
+        wpa_ctrl_close(connection);
+        return nullptr;
+    }
+    (void)fcntl(fd, F_SETFD, FD_CLOEXEC);
+    return connection;
+}
+
+void closeConnection(wpa_ctrl* connection)
+{
+    if (connection != nullptr) {
+        const ScopedLock lock(s_requestLock);
+        wpa_ctrl_close(connection);
+    }
+}
+
+/** A connection that an activation left open when it failed after opening it. */
+void closeLeftOvers(Wpactrl_t& w)
+{
+    closeCommandConnection(w);
+    closeMonitorConnection(w);
+    set(w.ctrlClosed, kFalse);
+}
+
+/** The exchange itself; a connection that is closed fails like one whose peer is gone. */
+int request(Wpactrl_t& w, const char* cmd, char* buf, std::size_t* len)
+{
+    const ScopedLock lock(s_requestLock);
+    wpa_ctrl* connection = get(w.ctrl_conn);
+    if (connection == nullptr || get(w.ctrlClosed)) {
+        return -1;
+    }
+    return wpa_ctrl_request(connection, cmd, std::strlen(cmd), buf, len, nullptr);
+}
+
+/** Reopens under the owning interface's name; without an owner under the usual one. */
+RETURN_TYPE reconnectAfterTimeout(Wpactrl_t* w)
+{
+    const MovoNetWifi_t* wifi = w->pWifiIface;
+    const bool owned = wifi != nullptr && wifi->piface != nullptr;
+    return Wpactrl_Reconnect(w, owned ? wifi->piface->name : kFallbackInterface);
+}
+} // namespace
+
+namespace movonet {
+void closeCommandConnection(Wpactrl_t& w)
+{
+    const ScopedLock lock(s_requestLock);
+    wpa_ctrl* connection = get(w.ctrl_conn);
+    if (connection != nullptr && !take(w.ctrlClosed, kTrue)) {
+        wpa_ctrl_close(connection);
+    }
+}
+
+void closeMonitorConnection(Wpactrl_t& w)
+{
+    closeConnection(take(w.mon_conn, nullptr));
+}
+
+void detachMonitorConnection(Wpactrl_t& w)
+{
+    const ScopedLock lock(s_requestLock);
+    if (wpa_ctrl* monitor = get(w.mon_conn); monitor != nullptr) {
+        (void)wpa_ctrl_detach(monitor);
+    }
+}
+} // namespace movonet
+
+RETURN_TYPE Wpactrl_Init(Wpactrl_t* w, const char* ifname)
+{
+    if (w == nullptr || ifname == nullptr || *ifname == '\0') {
+        return kBadArgument;
+    }
+    closeLeftOvers(*w);
+    const SocketPath path("%s/%s", kSocketFolder, kSocketName); // Deliberate: the doubled slash.
+    NET_INFO("open wpa_ctrl %s, ctrl\n", path.c_str());
+    wpa_ctrl* command = openConnection(path);
+    if (command == nullptr) {
+        set(w->ctrl_conn, nullptr);
+        NET_ERROR("cannot open wpa_ctrl %s, ctrl\n", path.c_str());
+        return kFail;
+    }
+    wpa_ctrl* monitor = openConnection(path);
+    if (monitor == nullptr) {
+        set(w->ctrl_conn, nullptr);
+        NET_ERROR("cannot open wpa_ctrl %s, mon\n", path.c_str());
+        closeConnection(command);
+        return kFail;
+    }
+    ScopedLock lock(s_requestLock);
+    const bool attached = wpa_ctrl_attach(monitor) == 0;
+    lock.unlock();
+    if (!attached) {
+        set(w->ctrl_conn, nullptr);
+        NET_ERROR("cannot attach to wpa_ctrl\n");
+        closeConnection(command);
+        closeConnection(monitor);
+        return kFail;
+    }
+    set(w->mon_conn, monitor);
+    set(w->fd, wpa_ctrl_get_fd(monitor));
+    set(w->ctrl_conn, command);
+    set(w->generation, get(w->generation) + 1);
+    return kOk;
+}
+
+RETURN_TYPE Wpactrl_Reconnect(Wpactrl_t* w, const char* ifname)
+{
+    if (w == nullptr) {
+        return kBadArgument;
+    }
+    if (ifname == nullptr || *ifname == '\0') {
+        return kFail;
+    }
+    closeCommandConnection(*w);
+    const SocketPath path("%s/%s", kSocketFolder, ifname); // Deliberate: not the path that was opened first.
+    NET_INFO("open wpa_ctrl %s, ctrl\n", path.c_str());
+    wpa_ctrl* connection = openConnection(path);
+    if (connection == nullptr) {
+        // ctrl_conn keeps its value, since the link counts as open, but is marked closed and never used again.
+        NET_ERROR("cannot open wpa_ctrl %s, ctrl\n", path.c_str());
+        return kFail;
+    }
+    const ScopedLock lock(s_requestLock);
+    set(w->ctrl_conn, connection);
+    set(w->ctrlClosed, kFalse);
+    return kOk;
+}
+
+RETURN_TYPE Wpactrl_SendCmd(Wpactrl_t* w, const char* cmd, char* buf, std::size_t* len)
+{
+    if (w == nullptr || get(w->ctrl_conn) == nullptr || buf == nullptr || len == nullptr) {
+        return kBadArgument;
+    }
+    NET_INFO("command: %s\n", cmd);
+    const int result = request(*w, cmd, buf, len);
+    if (result == kLibraryTimeout) {
+        NET_ERROR("wpa_ctrl_request time out\n");
+        if (reconnectAfterTimeout(w) != kOk) {
+            NET_ERROR("Wpactrl_Reconnect failed\n");
+            Kest_Util_Delay(kRetryDelayMs);
+            return kFail;
+        }
+        // Deliberate: the command is not repeated; the reply is what the buffer held.
+    } else if (result < 0) {
+        NET_ERROR("wpa_ctrl_request error\n");
+        return kFail;
+    }
+    buf[*len] = '\0';
+    NET_INFO("reply: %s\n", buf);
+    return kOk;
+}
+
+RETURN_TYPE Wpactrl_ExecCmd(Wpactrl_t* w, const char* cmd)
+{
+    if (cmd == nullptr) {
+        return kBadArgument;
+    }
+    if (w == nullptr || get(w->ctrl_conn) == nullptr) {
+        NET_ERROR("Wpactrl_SendCmd failed\n");
+        return kBadArgument;
+    }
+    Reply reply;
+    if (Wpactrl_SendCmd(w, cmd, reply.text, &reply.length) != kOk) {
+        NET_ERROR("Wpactrl_SendCmd failed\n");
+        return kFail;
+    }
+    if (Wpa_IsRetvalOK(reply.text)) {
+        return kOk;
+    }
+    NET_ERROR("[%s] failed\n", cmd);
+    if (!Wpa_IsRetvalFAILBUSY(reply.text)) {
+        return kFail;
+    }
+    NET_INFO("send [%s] again\n", cmd);
+    Kest_Util_Delay(kRetryDelayMs);
+    // Deliberate: the first reply's length bounds the second one.
+    if (Wpactrl_SendCmd(w, cmd, reply.text, &reply.length) == kOk && Wpa_IsRetvalOK(reply.text)) {
+        return kOk;
+    }
+    NET_ERROR("[%s] failed again\n", cmd);
+    if (std::string_view(cmd) == "SCAN") {
+        constexpr int kFailedScanTicks = 100;
+        (void)Wpactrl_Add_ScanEvent(w, kFailedScanTicks);
+    }
+    return kFail;
+}
+
+kest_bool Wpa_IsRetvalOK(const char* reply)
+{
+    return std::string_view(reply).starts_with("OK") ? kTrue : kFalse;
+}
+
+kest_bool Wpa_IsRetvalFAILBUSY(const char* reply)
+{
+    return std::string_view(reply).starts_with("FAIL-BUSY") ? kTrue : kFalse;
+}

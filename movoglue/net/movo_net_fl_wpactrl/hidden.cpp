@@ -1,0 +1,76 @@
+#include "movo_net_fl_wifi/wifi.h"
+#include "movo_net_fl_wpactrl/connect.h"
+#include "support/log.h"
+#include "support/shared.h"
+
+using namespace movonet;
+
+namespace {
+constexpr LogModule kLog{"movo_net_fl_wpactrl", &movoglue_net_debug};
+
+constexpr int kScanTicks = 300;
+
+/** A chip that can cancel scans scans anew; for others the time-out alone ends the search. Speaks for its caller. */
+RETURN_TYPE restartScan(MovoNetIface_t* pIface, Wpactrl_t* w, CallSite at)
+{
+    if (int_Movo_Net_Wpactrl_CancelScan(pIface) == kOk) {
+        const RETURN_TYPE result = int_Movo_Net_Wpactrl_Scan(pIface);
+        if (result != kOk) {
+            NET_LOG_AT(at, KEST_LEVEL_ERROR, "[SCAN] failed\n");
+        }
+        return result;
+    }
+    const RETURN_TYPE result = Wpactrl_Add_ScanEvent(w, kScanTicks);
+    if (result != kOk) {
+        NET_LOG_AT(at, KEST_LEVEL_ERROR, "add scan time out event failed\n");
+    }
+    return result;
+}
+
+/** Describes the network that is looked for; speaks for its caller. */
+RETURN_TYPE sendProbeNetwork(Wpactrl_t* w, int id, const char* ssid, CallSite at)
+{
+    CommandSequence sequence(w, at);
+    sequence.send("SET_NETWORK %d ssid \"%s\"", id, ssid);
+    sequence.send("SET_NETWORK %d key_mgmt NONE", id);
+    sequence.send("SET_NETWORK %d scan_ssid 1", id);
+    return sequence.result();
+}
+} // namespace
+
+RETURN_TYPE int_Movo_Net_Wpactrl_SearchHideEss(MovoNetIface_t* pIface, const char* ssid)
+{
+    if (const RETURN_TYPE result = checkActiveWifi(pIface, kLog); result != kOk) {
+        return result;
+    }
+    if (ssid == nullptr || *ssid == '\0') {
+        NET_ERROR("invalid ssid\n");
+        return kBadArgument;
+    }
+    if (int_Movo_Net_Wpactrl_RemoveNetwork(pIface) != kOk) {
+        NET_INFO("[REMOVE_NETWORK] failed\n");
+    }
+    Wpactrl_t* w = wpactrl_iface(pIface);
+    int id = 0;
+    if (const RETURN_TYPE result = addNetwork(w, id, NET_HERE); result != kOk) {
+        return result;
+    }
+    if (const RETURN_TYPE result = sendProbeNetwork(w, id, ssid, NET_HERE); result != kOk) {
+        return result;
+    }
+    if (const RETURN_TYPE result = restartScan(pIface, w, NET_HERE); result != kOk) {
+        return result;
+    }
+    CommandSequence select(w);
+    select.send("SELECT_NETWORK  %d", id);
+    if (select.result() != kOk) {
+        return select.result();
+    }
+    const ScopedLock lock(w->lock);
+    if (!lock) {
+        NET_ERROR("lock wpa_ctrl iface failed\n");
+        return kFail;
+    }
+    set(w->isSearchingHideEss, kTrue);
+    return kOk;
+}

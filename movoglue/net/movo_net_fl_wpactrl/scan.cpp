@@ -1,0 +1,184 @@
+#include "movo_net_fl_wifi/wifi.h"
+#include "movo_net_fl_wpactrl/channel.h"
+#include "movo_net_fl_wpactrl/scan_table.h"
+#include "support/fd.h"
+#include "support/file.h"
+#include "support/log.h"
+#include "support/shared.h"
+
+#include <cstring>
+#include <fcntl.h>
+#include <string_view>
+#include <unistd.h>
+
+using namespace movonet;
+
+namespace {
+constexpr LogModule kLog{"movo_net_fl_wpactrl", &movoglue_net_debug};
+
+constexpr int kScanTicks = 300;
+constexpr const char* kResultFile = "/tmp/wpa_scan_result";
+constexpr std::string_view kHeader = "bssid / frequency / signal level / flags / ssid";
+
+// The ones below are steps of int_Movo_Net_Wpactrl_ScanResult and speak for it.
+
+RETURN_TYPE requestResults(Wpactrl_t* w, Reply& reply, CallSite at)
+{
+    if (const RETURN_TYPE result = Wpactrl_SendCmd(w, "SCAN_RESULTS", reply.text, &reply.length); result != kOk) {
+        return result;
+    }
+    if (!std::string_view(reply.text).starts_with(kHeader)) {
+        NET_LOG_AT(at, KEST_LEVEL_ERROR, "not scan_result reply\n");
+        return kFail;
+    }
+    return kOk;
+}
+
+/** Leaves the table where other programs see it. */
+RETURN_TYPE writeResults(const Reply& reply, CallSite at)
+{
+    const UniqueFd file(open(kResultFile, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
+    if (!file) {
+        NET_LOG_AT(at, KEST_LEVEL_ERROR, "Could not open scan result file.\n");
+        return kFail;
+    }
+    const std::size_t length = std::strlen(reply.text);
+    if (write(file.get(), reply.text, length) != static_cast<ssize_t>(length)) {
+        (void)std::printf("Error when write to scan result file");
+        return kFail;
+    }
+    return kOk;
+}
+
+RETURN_TYPE readResults(MovoNetWifi_t& wifi, CallSite at)
+{
+    const UniqueFile file(kResultFile, "re");
+    if (!file) {
+        NET_LOG_AT(at, KEST_LEVEL_ERROR, "Could not open scan result file.\n");
+        return kFail;
+    }
+    ScanTable table;
+    table.read(file.get());
+    publishEsss(wifi, table.esss(), table.count());
+    return kOk;
+}
+
+/** The joined network is listed even where its access point has dropped out of the scan. */
+void listJoined(MovoNetWifi_t& wifi, const Wpactrl_t& w)
+{
+    const MovNetWifiEssItem_t current = copyEss(wifi.curOperatingEsss);
+    if (get(w.connectStatus) == WPACTRL_STATUS_CONNECTED && current.isConnected &&
+        get_essid_index(&wifi, current.essid) < 0) {
+        appendCurrentEss(wifi);
+    }
+}
+
+RETURN_TYPE updateTable(MovoNetWifi_t& wifi, const Wpactrl_t& w, CallSite at)
+{
+    ScopedLock lock(wifi.lock);
+    if (!lock) {
+        NET_LOG_AT(at, KEST_LEVEL_ERROR, "lock failed\n"); // Deliberate: the reading goes on without it.
+    }
+    if (readResults(wifi, at) != kOk) {
+        lock.leaveLocked(); // Deliberate: a result file that cannot be read again returns with the lock held.
+        return kFail;
+    }
+    listJoined(wifi, w);
+    return kOk;
+}
+
+/** Ends a scan for the time-out; a hidden search's network goes with it. */
+void reportScanEnd(MovoNetIface_t* pIface, Wpactrl_t& w)
+{
+    if (get(w.isSearchingHideEss)) {
+        (void)int_Movo_Net_Wpactrl_RemoveNetwork(pIface);
+    }
+    (void)NotifyApp(_MOVO_NET_CALLBACK_WIFISCANDONE_, pIface);
+    set(w.isScanning, kFalse); // Deliberate: after the callback, so that a scan it started is not reported.
+    set(w.isSearchingHideEss, kFalse);
+}
+} // namespace
+
+RETURN_TYPE int_Movo_Net_Wpactrl_Scan(MovoNetIface_t* pIface)
+{
+    if (const RETURN_TYPE result = checkActiveWifi(pIface, kLog); result != kOk) {
+        return result;
+    }
+    Wpactrl_t* w = wpactrl_iface(pIface);
+    if (const RETURN_TYPE result = Wpactrl_ExecCmd(w, "SCAN"); result != kOk) {
+        NET_ERROR("[SCAN] failed\n");
+        return result;
+    }
+    const RETURN_TYPE result = Wpactrl_Add_ScanEvent(w, kScanTicks);
+    if (result != kOk) {
+        NET_ERROR("add scan time out event failed\n");
+    }
+    return result;
+}
+
+RETURN_TYPE OnScanTimeoutEventRev(int /*fd*/, void* data, kest_bool /*isTimeout*/)
+{
+    NET_INFO("wifi scan timeout\n");
+    auto* pIface = static_cast<MovoNetIface_t*>(data);
+    if (wifi_iface(pIface) == nullptr) {
+        return kBadArgument;
+    }
+    Wpactrl_t* w = wpactrl_iface(pIface);
+    if (w == nullptr) {
+        return kFail;
+    }
+    removeFiredTimer(w->scanTimerEventHandle);
+    ScopedLock lock(w->lock);
+    if (!lock) {
+        NET_ERROR("lock wpactrl mutex failed\n");
+        return kFail;
+    }
+    lock.unlock();
+    if (get(w->isScanning)) {
+        reportScanEnd(pIface, *w);
+    }
+    return kOk;
+}
+
+RETURN_TYPE int_Movo_Net_Wpactrl_CancelScan(MovoNetIface_t* pIface)
+{
+    if (pIface == nullptr) {
+        NET_REPORT("pIface");
+        return kBadArgument;
+    }
+    Wpactrl_t* w = wpactrl_iface(pIface);
+    if (w == nullptr) {
+        return kBadArgument;
+    }
+    if (get(wifi_iface(pIface)->devType) != _MOVO_NET_WIFI_ATHEROS_) {
+        return kNotSupported;
+    }
+    if (const RETURN_TYPE result = Wpactrl_ExecCmd(w, "SCAN_CANCEL"); result != kOk) {
+        NET_ERROR("[SCAN_CANCEL] failed\n");
+        return result;
+    }
+    const ScopedLock lock(w->lock);
+    if (!lock) {
+        NET_ERROR("lock wpa_ctrl iface failed\n");
+        return kFail;
+    }
+    set(w->isScanning, kFalse);
+    return kOk;
+}
+
+RETURN_TYPE int_Movo_Net_Wpactrl_ScanResult(MovoNetIface_t* pIface)
+{
+    if (const RETURN_TYPE result = checkActiveWifi(pIface, kLog); result != kOk) {
+        return result;
+    }
+    Wpactrl_t* w = wpactrl_iface(pIface);
+    Reply reply;
+    if (const RETURN_TYPE result = requestResults(w, reply, NET_HERE); result != kOk) {
+        return result;
+    }
+    if (writeResults(reply, NET_HERE) != kOk || updateTable(*wifi_iface(pIface), *w, NET_HERE) != kOk) {
+        return kFail;
+    }
+    (void)NotifyApp(_MOVO_NET_CALLBACK_WIFIESSSUPDATED_, pIface);
+    return kOk;
+}

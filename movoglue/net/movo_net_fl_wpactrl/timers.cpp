@@ -1,0 +1,102 @@
+#include "movo_net_fl_wpactrl/channel.h"
+#include "movo_net_fl_wpactrl/connect.h"
+#include "support/log.h"
+#include "support/shared.h"
+
+using namespace movonet;
+
+namespace {
+constexpr LogModule kLog{"movo_net_fl_wpactrl", &movoglue_net_debug};
+
+constexpr int kFirstConnectTicks = 300;
+
+bool hasOwner(const Wpactrl_t* w)
+{
+    return w != nullptr && w->pWifiIface != nullptr && w->pWifiIface->piface != nullptr;
+}
+
+RETURN_TYPE addFirstConnectTimer(Wpactrl_t& w, MovoNetIface_t* iface, CallSite at)
+{
+    const MovoNetEvent_t event{kNoFd, kFirstConnectTicks, iface, OnFirstConnectTimeout};
+    const RETURN_TYPE result = int_addEvent(event, &w.firstConnectHandle);
+    if (result == kOk) {
+        NET_LOG_AT(at, KEST_LEVEL_INFO, "add first connect event\n");
+    }
+    return result;
+}
+
+RETURN_TYPE addConnectTimer(Wpactrl_t& w, MovoNetIface_t* iface, int timeout, CallSite at)
+{
+    const RETURN_TYPE result =
+        int_addEvent({kNoFd, timeout, iface, OnConnectTimeoutEventRev}, &w.connectTimerEventHandle);
+    if (result == kOk) {
+        NET_LOG_AT(at, KEST_LEVEL_INFO, "add connect timer event\n");
+    }
+    return result;
+}
+} // namespace
+
+namespace movonet {
+void dropTimer(Wpactrl_t& w, ScopedLock& lock, std::int32_t& handle)
+{
+    // Forgotten before the lock is let go of, so that a handle stored meanwhile is not lost.
+    const std::int32_t armed = take(handle, 0);
+    if (armed == 0) {
+        return;
+    }
+    lock.unlock();
+    (void)int_removeEvent(armed);
+    lock.relock(w.lock);
+}
+
+void removeFiredTimer(std::int32_t& handle)
+{
+    if (const std::int32_t fired = take(handle, 0); fired != 0) {
+        (void)int_removeEvent(fired);
+    }
+}
+} // namespace movonet
+
+RETURN_TYPE Wpactrl_Add_ScanEvent(Wpactrl_t* w, int timeout)
+{
+    if (!hasOwner(w) || timeout < 0) {
+        return kBadArgument;
+    }
+    ScopedLock lock(w->lock);
+    if (!lock) {
+        NET_ERROR("lock wpactrl mutex failed\n");
+        return kFail;
+    }
+    dropTimer(*w, lock, w->scanTimerEventHandle);
+    const MovoNetEvent_t event{kNoFd, timeout, w->pWifiIface->piface, OnScanTimeoutEventRev};
+    if (const RETURN_TYPE result = int_addEvent(event, &w->scanTimerEventHandle); result != kOk) {
+        return result;
+    }
+    NET_INFO("add scan timer event\n");
+    set(w->isScanning, kTrue);
+    return kOk;
+}
+
+RETURN_TYPE Wpactrl_Add_ConnectEvent(Wpactrl_t* w, int timeout)
+{
+    if (!hasOwner(w) || timeout < 0) {
+        return kBadArgument;
+    }
+    ScopedLock lock(w->lock);
+    if (!lock) {
+        NET_ERROR("lock wpactrl mutex failed\n");
+        return kFail;
+    }
+    dropTimer(*w, lock, w->connectTimerEventHandle);
+    dropTimer(*w, lock, w->firstConnectHandle);
+    MovoNetIface_t* iface = w->pWifiIface->piface;
+    const RETURN_TYPE result = get(s_bFirstConnect) ? addFirstConnectTimer(*w, iface, NET_HERE)
+                                                    : addConnectTimer(*w, iface, timeout, NET_HERE);
+    if (result != kOk) {
+        return result;
+    }
+    set(w->connectStatus, WPACTRL_STATUS_CONNECTING);
+    set(w->handshake_fail_count, 0);
+    set(w->disconnect_count, 0);
+    return kOk;
+}
