@@ -1,5 +1,7 @@
 #include "supplicant.h"
 
+#include "movo_net_fl_eventloop/eventloop.h"
+
 #include <cstring>
 #include <fstream>
 #include <sstream>
@@ -154,6 +156,7 @@ MovNetWifiEssItem_t& Bench::list(const std::string& name, MovoNetWifiSecurity_e 
 RETURN_TYPE Bench::hear(const Lines& messages)
 {
     supplicant.events.insert(supplicant.events.end(), messages.begin(), messages.end());
+    const LoopGate gate; // handlers run with the loop's lock held
     return OnWpactrlEventRev(link().fd, &iface, 0);
 }
 
