@@ -208,7 +208,7 @@ RETURN_TYPE ifdown(MovoNetIface_t* pIface);
  *
  * @return 0 when the client could not be signalled, else 1.
  *
- * @par Locks  eventListLock, if the pipe is open: the caller holds no lock that a handler takes.
+ * @par Locks  eventListLock while the pipe is closed: the caller holds no lock that a handler takes.
  */
 kest_bool ShutdownDhcpcd(MovoNetIface_t* pIface, kest_bool bKeepIfconfig);
 

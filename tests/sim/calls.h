@@ -58,6 +58,7 @@ int sim_pthread_mutexattr_settype(pthread_mutexattr_t* attributes, int type);
 int sim_pthread_mutex_init(pthread_mutex_t* mutex, const pthread_mutexattr_t* attributes);
 int sim_pthread_mutex_lock(pthread_mutex_t* mutex);
 int sim_pthread_mutex_trylock(pthread_mutex_t* mutex);
+int sim_pthread_mutex_unlock(pthread_mutex_t* mutex);
 int sim_pthread_cond_wait(pthread_cond_t* condition, pthread_mutex_t* mutex);
 int sim_pthread_cond_signal(pthread_cond_t* condition);
 int sim_pthread_cond_broadcast(pthread_cond_t* condition);

@@ -118,6 +118,14 @@ bool isToEnd(const Thread& thread);
 void parkLoopAt(const void* mutex);
 /** Lets it go on. The world is held. */
 void unparkLoop();
+
+/** The rule of the product's locks: nobody asks for the event loop's with another one in hand; see lock_order.cpp. */
+void checkOrder(const void* mutex);
+void noteMade(const void* mutex);
+void noteLocked(const void* mutex);
+void noteUnlocked(const void* mutex);
+bool isCallbackLock(const void* mutex);
+
 /** Does any thread wait for a tick? The world is held. */
 bool anybodySelects();
 

@@ -151,6 +151,7 @@ TEST_F(StopRace, ExitInACallbackOfTheLoopDoesNotWaitForItself)
         if (result < 0) {
             result = Movo_NET_Glue_Exit();
             WaitForChild2Exit();
+            set.recordCallbacks(); // the loop still runs, and so its locks still work
         }
     });
     set.grantTicks(1);

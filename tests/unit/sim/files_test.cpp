@@ -1,6 +1,7 @@
 #include "sim/calls.h"
 #include "sim/sim.h"
 
+#include <cstdlib>
 #include <fcntl.h>
 #include <gtest/gtest-spi.h>
 #include <unistd.h>
@@ -87,6 +88,9 @@ TEST(Files, KernelTablesFollowTheInterfaces)
 
 TEST(Files, ARootThatACrashLeftIsRemovedByTheNextSet)
 {
+    char folder[] = "/tmp/sim_test.XXXXXX"; // of its own: sets of other tests remove such roots too
+    ASSERT_NE(mkdtemp(folder), nullptr);
+    setenv("TMPDIR", folder, 1);
     int ends[2];
     ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
     EXPECT_EQ(forkedRun([ends] {
@@ -99,8 +103,11 @@ TEST(Files, ARootThatACrashLeftIsRemovedByTheNextSet)
     char root[256] = {};
     ASSERT_GT(read(ends[0], root, sizeof(root) - 1), 0);
     EXPECT_EQ(access(root, F_OK), 0);
-    const Set set;
-    EXPECT_EQ(access(root, F_OK), -1);
+    {
+        const Set set;
+        EXPECT_EQ(access(root, F_OK), -1);
+    }
+    EXPECT_EQ(rmdir(folder), 0);
     (void)close(ends[0]);
     (void)close(ends[1]);
 }

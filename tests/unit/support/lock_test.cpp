@@ -8,6 +8,13 @@
 using movonet::Mutex;
 using movonet::ScopedLock;
 
+namespace movonet {
+void PrintTo(Mutex::Kind kind, std::ostream* out)
+{
+    *out << (kind == Mutex::Kind::Plain ? "plain" : "recursive");
+}
+} // namespace movonet
+
 namespace {
 /** Tells whether another thread could take it, and gives it back. */
 bool isFree(sim::Set& set, Mutex& mutex)

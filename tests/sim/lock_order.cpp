@@ -1,0 +1,68 @@
+#include "sim/world.h"
+
+#include "movo_net_fg/fg.h"
+#include "movo_net_fl_eventloop/eventloop.h"
+
+#include <set>
+
+// What the thread sanitizer cannot know of the product's locks: threads that hold the event loop's lock never wait for
+// one another, in whatever order they take the rest. That holds as long as nobody takes it with another one in hand.
+
+namespace sim {
+namespace {
+thread_local int t_loopLock; // how often the thread holds it
+thread_local int t_others;   // how often it holds others that have a place in the order
+
+bool isOf(const void* mutex, const movonet::Mutex& lock)
+{
+    const auto* address = static_cast<const char*>(mutex);
+    const auto* begin = reinterpret_cast<const char*>(&lock);
+    return address >= begin && address < begin + sizeof(lock);
+}
+
+/** The mutexes that the product has initialised; its static ones stand outside of the order. */
+std::set<const void*>& made()
+{
+    static auto& all = *new std::set<const void*>;
+    return all;
+}
+
+void count(const void* mutex, int change)
+{
+    if (isOf(mutex, movonet::eventListLock)) {
+        t_loopLock += change;
+        return;
+    }
+    const Hold hold;
+    t_others += made().contains(mutex) ? change : 0;
+}
+} // namespace
+
+bool isCallbackLock(const void* mutex)
+{
+    return isOf(mutex, movonet::callbackListLock);
+}
+
+void noteMade(const void* mutex)
+{
+    const Hold hold;
+    made().insert(mutex);
+}
+
+void checkOrder(const void* mutex)
+{
+    if (isOf(mutex, movonet::eventListLock) && t_loopLock == 0 && t_others > 0) {
+        problem("the event loop's lock was asked for with another one in hand");
+    }
+}
+
+void noteLocked(const void* mutex)
+{
+    count(mutex, 1);
+}
+
+void noteUnlocked(const void* mutex)
+{
+    count(mutex, -1);
+}
+} // namespace sim
