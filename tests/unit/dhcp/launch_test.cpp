@@ -248,4 +248,17 @@ TEST(LaunchAgain, StartsADeadClientWithoutForce)
     EXPECT_EQ(openFiles(bench.set).size(), 1U);
     EXPECT_CALLBACKS(bench.set, {});
 }
+/** As long as a client has not written its pid file, it counts as one that does not run. */
+TEST(LaunchAgain, KeepsStartingASecondClientBesideOneWithoutAPidFile)
+{
+    Bench bench;
+    bench.set.dhcp("eth0").withoutPidFile();
+    bench.launch();
+    const int first = bench.set.dhcp("eth0").pid();
+    EXPECT_EQ(ConfigIP(&bench.iface, movonet::kNoForce), 0);
+    EXPECT_EQ(bench.set.dhcp("eth0").launches(), 2);
+    EXPECT_TRUE(bench.set.process(first).alive());
+    EXPECT_EQ(sent(bench.set), (std::vector<sim::Signal>{}));
+    EXPECT_EQ(openFiles(bench.set).size(), 1U);
+}
 } // namespace
