@@ -3,6 +3,7 @@
 #include "command.h"
 #include "glue.h"
 #include "names.h"
+#include "programs.h"
 #include "text.h"
 
 #include <algorithm>
@@ -20,10 +21,10 @@ Words textsOf(std::span<const Name> names)
     return texts;
 }
 
-/** The words of the commands' names that may follow what stands there already. */
+/** The words of the commands' and programs' names that may follow what stands there already. */
 Words nameWords(const Words& before)
 {
-    Words words;
+    Words words = before.empty() ? programNames() : Words{};
     for (const Command& command : allCommands()) {
         const Words name = *splitWords(command.name);
         if (name.size() > before.size() && std::equal(before.begin(), before.end(), name.begin())) {

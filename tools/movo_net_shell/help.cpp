@@ -1,4 +1,5 @@
 #include "command.h"
+#include "programs.h"
 #include "text.h"
 
 namespace shell {
@@ -39,12 +40,24 @@ void showCommand(Console& console, const Command& command)
         console.print("  calls %s\n", command.calls);
     }
 }
+/** Programs explain themselves. */
+void showPrograms(Console& console)
+{
+    const std::vector<std::string> names = programNames();
+    if (!names.empty()) {
+        console.print("programs\n");
+    }
+    for (const std::string& name : names) {
+        console.print("  %s\n", printable(name).c_str());
+    }
+}
 } // namespace
 
 Outcome help(Console& console, Arguments arguments)
 {
     if (arguments.empty()) {
         (void)showSubject(console, "");
+        showPrograms(console);
         return Outcome::Done;
     }
     std::size_t length = 0;

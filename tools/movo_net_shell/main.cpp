@@ -8,10 +8,12 @@
 #include <unistd.h>
 
 namespace {
-constexpr char kUsage[] = "usage: movo_net_shell [--no-start]\n"
-                          "\n"
-                          "Runs the network glue and the commands that it reads from standard input; the command help\n"
-                          "lists them. With --no-start the glue waits for the command start.\n";
+constexpr char kUsage[] =
+    "usage: movo_net_shell [--no-start] [--programs FOLDER]\n"
+    "\n"
+    "Runs the network glue and the commands that it reads from standard input; the command help\n"
+    "lists them. With --no-start the glue waits for the command start. The programs of FOLDER are\n"
+    "commands too.\n";
 
 /** What the platform does for a program that hosts the glue. */
 void setUp()
@@ -25,10 +27,12 @@ void setUp()
 
 int main(int argc, char** argv)
 {
-    bool startGlue = true;
+    shell::Options options = {STDIN_FILENO, stdout, stderr, true};
     for (int i = 1; i < argc; i++) {
         if (std::strcmp(argv[i], "--no-start") == 0) {
-            startGlue = false;
+            options.startGlue = false;
+        } else if (std::strcmp(argv[i], "--programs") == 0 && i + 1 < argc) {
+            options.programs = argv[++i];
         } else if (std::strcmp(argv[i], "--help") == 0 || std::strcmp(argv[i], "-h") == 0) {
             (void)std::fputs(kUsage, stdout);
             return shell::kStatusGood;
@@ -38,5 +42,5 @@ int main(int argc, char** argv)
         }
     }
     setUp();
-    return shell::run({STDIN_FILENO, stdout, stderr, startGlue});
+    return shell::run(options);
 }

@@ -3,6 +3,7 @@
 #include "command.h"
 #include "glue.h"
 #include "lines.h"
+#include "programs.h"
 #include "text.h"
 
 #include <unistd.h>
@@ -72,6 +73,9 @@ Outcome Shell::runLine(const std::string& line)
     }
     std::size_t length = 0;
     const Command* const command = findCommand(*words, length);
+    if (command == nullptr && isProgram(words->front())) {
+        return runProgram(m_console, *words);
+    }
     if (command == nullptr) {
         complain("unknown command: " + printable(words->front()) + "; help lists them");
         return Outcome::BadArgument;
@@ -144,6 +148,7 @@ int Shell::run()
 int run(const Options& options)
 {
     catchInterrupts();
+    setProgramFolder(options.programs);
     const int status = Shell(options).run();
     leaveGlue();
     return status;

@@ -12,7 +12,8 @@ struct Options {
     int input; // descriptor that the lines come from
     std::FILE* output;
     std::FILE* errors;
-    bool startGlue; // before the first line
+    bool startGlue;                 // before the first line
+    const char* programs = nullptr; // folder whose programs are commands too
 };
 
 /**

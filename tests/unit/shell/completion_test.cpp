@@ -1,5 +1,6 @@
 #include "fake_net.h"
 #include "tools/movo_net_shell/completion.h"
+#include "tools/movo_net_shell/programs.h"
 
 #include <gtest/gtest.h>
 
@@ -13,6 +14,15 @@ TEST(ShellCompletion, OfCommands)
     EXPECT_EQ(completionOf("en").candidates, Words({"enable", "enabled"}));
     EXPECT_EQ(completionOf("  ru").candidates, Words({"running"}));
     EXPECT_EQ(completionOf("zz").candidates, Words());
+}
+
+TEST(ShellCompletion, OfPrograms)
+{
+    shell::setProgramFolder("/bin");
+    EXPECT_EQ(completionOf("mkd").candidates, Words({"mkdir"}));
+    EXPECT_EQ(completionOf("wifi mkd").candidates, Words());
+    shell::setProgramFolder(nullptr);
+    EXPECT_EQ(completionOf("mkd").candidates, Words());
 }
 
 TEST(ShellCompletion, OfTheSecondWordOfAName)

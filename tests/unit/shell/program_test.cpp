@@ -1,7 +1,10 @@
 /** The program itself, on the fake library: its options and how it ends. */
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <string>
+#include <sys/stat.h>
 #include <sys/wait.h>
 
 namespace {
@@ -52,13 +55,79 @@ TEST(ShellProgram, ShowsItsUsage)
     for (const char* option : {"--help", "-h"}) {
         const Ended ended = runProgram(option, "");
         EXPECT_EQ(ended.status, 0);
-        EXPECT_TRUE(ended.output.starts_with("usage: movo_net_shell [--no-start]\n")) << ended.output;
+        EXPECT_TRUE(ended.output.starts_with("usage: movo_net_shell [--no-start] [--programs FOLDER]\n"))
+            << ended.output;
     }
 }
 
 TEST(ShellProgram, RefusesWhatItDoesNotKnow)
 {
-    const Ended ended = runProgram("--frobnicate", "");
-    EXPECT_EQ(ended.status, 2);
-    EXPECT_TRUE(ended.output.starts_with("usage: ")) << ended.output;
+    for (const char* options : {"--frobnicate", "--programs"}) {
+        const Ended ended = runProgram(options, "");
+        EXPECT_EQ(ended.status, 2);
+        EXPECT_TRUE(ended.output.starts_with("usage: ")) << ended.output;
+    }
+}
+
+class ShellProgramFolder : public testing::Test {
+protected:
+    ShellProgramFolder()
+    {
+        add("cable", "echo \"the cable is $1, $2\"", 0700);
+        add("fails", "exit 7", 0700);
+        add("eats", "cat", 0700);
+        add("notes", "echo wrong", 0600);
+    }
+    ~ShellProgramFolder() override { std::filesystem::remove_all(m_folder); }
+
+    void add(const std::string& name, const std::string& body, mode_t mode)
+    {
+        const std::string path = m_folder + "/" + name;
+        std::ofstream(path) << "#!/bin/sh\n" << body << "\n";
+        ASSERT_EQ(chmod(path.c_str(), mode), 0);
+    }
+    Ended play(const std::string& script) { return runProgram("--no-start --programs " + m_folder, script); }
+
+private:
+    char m_template[32] = "/tmp/shell_programs_XXXXXX";
+    std::string m_folder = mkdtemp(m_template);
+};
+
+TEST_F(ShellProgramFolder, AddsCommands)
+{
+    const Ended ended = play("echo before\\ncable \"off now\" eth0\\necho after\\n");
+    EXPECT_EQ(ended.status, 0);
+    EXPECT_EQ(ended.output, "before\nthe cable is off now, eth0\nafter\n");
+}
+
+TEST_F(ShellProgramFolder, IsListedByTheHelp)
+{
+    EXPECT_TRUE(play("help\\n").output.ends_with("\nprograms\n  cable\n  eats\n  fails\n"));
+}
+
+TEST_F(ShellProgramFolder, AFailureEndsAScript)
+{
+    const Ended ended = play("fails\\necho after\\n");
+    EXPECT_EQ(ended.status, 1);
+    EXPECT_EQ(ended.output, "fails ended with status 7\n");
+}
+
+TEST_F(ShellProgramFolder, LeavesTheScriptToTheShell)
+{
+    EXPECT_EQ(play("eats\\necho after\\n").output, "after\n");
+}
+
+TEST_F(ShellProgramFolder, HoldsOnlyPrograms)
+{
+    for (const char* line : {"notes", "../bin/true", "/bin/true", ".", "absent"}) {
+        const Ended ended = play(std::string(line) + "\\n");
+        EXPECT_EQ(ended.status, 2) << line;
+        EXPECT_EQ(ended.output, "line 1: unknown command: " + std::string(line) + "; help lists them\n");
+    }
+}
+
+TEST_F(ShellProgramFolder, DoesNotHideACommand)
+{
+    add("running", "echo wrong", 0700);
+    EXPECT_EQ(play("running\\n").output, "0 no\n");
 }
