@@ -48,6 +48,12 @@ Words valuesFor(const std::string& parameter)
     if (parameter == "MODE") {
         return textsOf(modeNames());
     }
+    if (parameter == "WAY") {
+        return textsOf(wpsNames());
+    }
+    if (parameter == "WISH") {
+        return textsOf(wishNames());
+    }
     if (parameter == "REASON") {
         return textsOf(reasonNames());
     }

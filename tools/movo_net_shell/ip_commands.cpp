@@ -26,8 +26,7 @@ Outcome mode(Console& console, Arguments arguments)
     if (arguments.size() == 1) {
         return readIface<MovoNetIPMode_e, Movo_NET_GetIPMode>(console, arguments);
     }
-    const auto named = valueOf(modeNames(), arguments[1]);
-    const auto value = named ? named : parseInt(arguments[1]); // the call takes any number
+    const auto value = valueOrNumber(modeNames(), arguments[1]);
     if (!value) {
         return Outcome::BadArgument;
     }

@@ -63,6 +63,55 @@ std::span<const Name> reasonNames()
     return kNames;
 }
 
+std::span<const Name> securityNames()
+{
+    static constexpr Name kNames[] = {
+        {_MOVO_NET_WIFI_SECURITY_OPEN_, "open"},           {_MOVO_NET_WIFI_SECURITY_SHARED_, "shared"},
+        {_MOVO_NET_WIFI_SECURITY_WPA2_PSK_, "wpa2-psk"},   {_MOVO_NET_WIFI_SECURITY_WPA_PSK_, "wpa-psk"},
+        {_MOVO_NET_WIFI_SECURITY_WPA_PSK_A2_, "wpa2-eap"}, {_MOVO_NET_WIFI_SECURITY_WPA_, "wpa-eap"}};
+    return kNames;
+}
+
+std::span<const Name> cipherNames()
+{
+    static constexpr Name kNames[] = {{_MOVO_NET_WIFI_ENCRYP_NONE_, "none"},
+                                      {_MOVO_NET_WIFI_ENCRYP_WEP_, "wep"},
+                                      {_MOVO_NET_WIFI_ENCRYP_WEP_RYP_TKIP_, "tkip"},
+                                      {_MOVO_NET_WIFI_ENCRYP_AES_, "ccmp"},
+                                      {_MOVO_NET_WIFI_ENCRYP_TKIPAES_, "tkip+ccmp"}};
+    return kNames;
+}
+
+std::span<const Name> wpsNames()
+{
+    static constexpr Name kNames[] = {{_MOVO_NET_WIFI_WPS_NONE_, "none"},
+                                      {_MOVO_NET_WIFI_WPS_PBC_, "push"},
+                                      {_MOVO_NET_WIFI_WPS_PIN, "pin"},
+                                      {_MOVO_NET_WIFI_WPS_PBC_PIN, "both"}};
+    return kNames;
+}
+
+std::span<const Name> chipNames()
+{
+    static constexpr Name kNames[] = {{_MOVO_NET_WIFI_UNKNOWN_, "unknown"},
+                                      {_MOVO_NET_WIFI_ATHEROS_, "atheros"},
+                                      {_MOVO_NET_WIFI_REALTEK_8188EU_, "realtek-8188eu"},
+                                      {_MOVO_NET_WIFI_REALTEK_8812AU_, "realtek-8812au"},
+                                      {_MOVO_NET_WIFI_BRCM_43242_, "broadcom-43242"},
+                                      {_MOVO_NET_WIFI_BRCM_43569_, "broadcom-43569"},
+                                      {_MOVO_NET_WIFI_BRCM_LITEON_43569_, "broadcom-liteon-43569"}};
+    return kNames;
+}
+
+std::span<const Name> wishNames()
+{
+    static constexpr Name kNames[] = {{_MOVO_NET_WIFI_UI_NONE_, "none"},
+                                      {_MOVO_NET_WIFI_UI_WEP_, "wep"},
+                                      {_MOVO_NET_WIFI_UI_MIX_, "mix"},
+                                      {_MOVO_NET_WIFI_UI_DEFAULT_, "default"}};
+    return kNames;
+}
+
 std::span<const Name> levelNames()
 {
     static constexpr Name kNames[] = {{KEST_LEVEL_NONE, "none"},       {KEST_LEVEL_ERROR, "error"},
@@ -89,6 +138,12 @@ std::optional<int> valueOf(std::span<const Name> names, const std::string& text)
         }
     }
     return std::nullopt;
+}
+
+std::optional<int> valueOrNumber(std::span<const Name> names, const std::string& text)
+{
+    const auto value = valueOf(names, text);
+    return value ? value : parseInt(text);
 }
 
 std::string textOf(int number)
@@ -119,5 +174,25 @@ std::string textOf(MovoNetIPMode_e mode)
 std::string textOf(MovoNetIPStatus_e state)
 {
     return nameOf(stateNames(), state);
+}
+
+std::string textOf(MovoNetWifiSecurity_e security)
+{
+    return nameOf(securityNames(), security);
+}
+
+std::string textOf(MovoNetWifiEncryption_e cipher)
+{
+    return nameOf(cipherNames(), cipher);
+}
+
+std::string textOf(MovoNetWifiWPSMode_e mode)
+{
+    return nameOf(wpsNames(), mode);
+}
+
+std::string textOf(MovoNetWifiDevType_e chip)
+{
+    return nameOf(chipNames(), chip);
 }
 } // namespace shell

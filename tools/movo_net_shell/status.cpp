@@ -67,12 +67,6 @@ constexpr Row kRows[] = {
     {"dns 2", address<4>},
 };
 
-std::string padded(std::string text, std::size_t width)
-{
-    text.resize(std::max(text.size(), width), ' ');
-    return text;
-}
-
 /** A table of some interfaces, one column each. */
 std::string tableOf(std::span<const std::string> ifnames)
 {

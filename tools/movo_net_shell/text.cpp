@@ -1,5 +1,6 @@
 #include "text.h"
 
+#include <algorithm>
 #include <arpa/inet.h>
 #include <charconv>
 #include <cstdio>
@@ -109,6 +110,13 @@ std::string macText(long long address)
     (void)std::snprintf(text, sizeof(text), "%02x:%02x:%02x:%02x:%02x:%02x", octets[0], octets[1], octets[2], octets[3],
                         octets[4], octets[5]);
     return text;
+}
+
+std::string padded(std::string text, std::size_t width)
+{
+    const auto continues = [](char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }; // within a character
+    const auto shown = text.size() - static_cast<std::size_t>(std::ranges::count_if(text, continues));
+    return text.append(shown < width ? width - shown : 1, ' ');
 }
 
 std::string printable(std::string_view text)

@@ -34,6 +34,9 @@ std::string macText(long long address);
 
 /** Text from outside that is safe on a terminal: control characters become \xNN. */
 std::string printable(std::string_view text);
+
+/** Text with blanks after it, as wide as that on a terminal; a wider one with one blank. */
+std::string padded(std::string text, std::size_t width);
 } // namespace shell
 
 #endif

@@ -3,6 +3,7 @@
 #define MOVO_NET_H
 
 #include "movo_net_core.h"
+#include "movo_net_ess.h"
 #include "movo_net_iface.h"
 #include "movo_net_ip.h"
 #include "movo_net_types.h"

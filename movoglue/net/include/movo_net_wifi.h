@@ -1,4 +1,4 @@
-/** Wi-Fi calls of the network glue. Usable from C and C++. */
+/** Scanning, joining and leaving Wi-Fi networks. Usable from C and C++. */
 #ifndef MOVO_NET_WIFI_H
 #define MOVO_NET_WIFI_H
 
@@ -9,19 +9,224 @@ extern "C" {
 #endif
 
 /**
- * Leaves the network that an interface is connected to, or is connecting to.
+ * Starts a scan for the networks around.
  *
- * @param[in] appid   Ignored.
- * @param[in] ifname  Wi-Fi interface, at most 8 characters.
+ * @param[in]  appid   Ignored.
+ * @param[in]  ifname  Wi-Fi interface, at most 8 characters.
  *
- * @retval 0  Left.
- * @retval 1  The glue does not run; interface unknown or not Wi-Fi.
+ * @retval 0  Scanning.
+ * @retval 1  The glue does not run; interface unknown, not Wi-Fi or not active. The supplicant refused.
  * @retval 5  The interface has no Wi-Fi back end.
  *
- * @par Threads  Any, also from inside the callback.
- * @par Locks    ifaceListLock during the look-up only.
+ * @par Threads    Any, also from inside the callback. Waits for the supplicant's answer.
+ * @par Locks      ifaceListLock during the look-up only.
+ * @par Callbacks  WIFISCANDONE when it has ended, after 30 s at the latest; also after a refusal for being busy.
+ */
+RETURN_TYPE Movo_NET_WifiScanEsss(kest_sint32 appid, const char* ifname);
+
+/**
+ * Reads what the last scan found into the table that the calls below ask: one network a name, the strongest access
+ * point's, at most 50.
+ *
+ * @param[in]  appid   Ignored.
+ * @param[in]  ifname  Wi-Fi interface, at most 8 characters.
+ *
+ * @retval 0  Read.
+ * @retval 1  The glue does not run; interface unknown, not Wi-Fi or not active. The supplicant told no table.
+ * @retval 5  The interface has no Wi-Fi back end.
+ *
+ * @par Threads    Any, also from inside the callback. Waits for the supplicant's answer.
+ * @par Locks      ifaceListLock during the look-up only.
+ * @par Callbacks  WIFIESSSUPDATED, on this thread, before it returns 0.
+ */
+RETURN_TYPE Movo_NET_WifiUpdateEsss(kest_sint32 appid, const char* ifname);
+
+/**
+ * Joins a network of the table with the key that `Movo_NET_WifiSetKey` gave it. The network joined so far is left.
+ *
+ * @param[in]  appid   Ignored.
+ * @param[in]  ifname  Wi-Fi interface, at most 8 characters.
+ * @param[in]  essid   Network name; the first 32 bytes count.
+ *
+ * @retval 0  Being joined.
+ * @retval 1  The glue does not run; interface unknown, not Wi-Fi or not active; network not scanned. The supplicant
+ * refused, or the key has no length of a WEP key.
+ * @retval 5  No name, or an interface without Wi-Fi back end.
+ *
+ * @par Threads    Any, also from inside the callback. Waits for the supplicant's answer.
+ * @par Locks      ifaceListLock during the look-up only.
+ * @par Callbacks  IFCONNECTED, then those of the address; or WIFIBADKEY; or WIFITIMEOUT after 30 s.
+ */
+RETURN_TYPE Movo_NET_WifiConnectEss(kest_sint32 appid, const char* ifname, const char* essid);
+
+/**
+ * Leaves the network that an interface is connected to, or is connecting to.
+ *
+ * @param[in]  appid   Ignored.
+ * @param[in]  ifname  Wi-Fi interface, at most 8 characters.
+ *
+ * @retval 0  Left.
+ * @retval 1  The glue does not run; interface unknown, not Wi-Fi or not active.
+ * @retval 5  The interface has no Wi-Fi back end.
+ *
+ * @par Threads    Any, also from inside the callback. Waits for the supplicant's answer.
+ * @par Locks      ifaceListLock during the look-up only.
+ * @par Callbacks  IFDISCONNECTED, on this thread, before it returns 0.
  */
 RETURN_TYPE Movo_NET_WifiDisConnect(kest_sint32 appid, const char* ifname);
+
+/**
+ * Reads the name of the joined network.
+ *
+ * @param[in]  appid   Ignored.
+ * @param[in]  ifname  Wi-Fi interface, at most 8 characters.
+ * @param[out] essid   `len` bytes; gets an end mark. Untouched when no network is joined.
+ * @param[in]  len     At least 33 for a name of 32 bytes; a longer name is cut.
+ *
+ * @retval 0  Read, or none is joined.
+ * @retval 1  The glue does not run; interface unknown, not Wi-Fi or not active.
+ * @retval 5  No buffer, a length below 1, or an interface without Wi-Fi back end.
+ *
+ * @par Threads    Any, also from inside the callback.
+ * @par Locks      ifaceListLock during the look-up only.
+ */
+RETURN_TYPE Movo_NET_WifiGetConnectedEss(kest_sint32 appid, const char* ifname, char* essid, int len);
+
+/**
+ * Tells which way of WPS was started last.
+ *
+ * @param[in]  appid   Ignored.
+ * @param[in]  ifname  Wi-Fi interface, at most 8 characters.
+ * @param[out] mode    Untouched unless 0 is returned.
+ *
+ * @retval 0  Read.
+ * @retval 1  The glue does not run; interface unknown, not Wi-Fi or not active.
+ * @retval 5  No output, or an interface without Wi-Fi back end.
+ *
+ * @par Threads    Any, also from inside the callback.
+ * @par Locks      ifaceListLock during the look-up only.
+ */
+RETURN_TYPE Movo_NET_WifiGetWpsModeEss(kest_sint32 appid, const char* ifname, MovoNetWifiWPSMode_e* mode);
+
+/**
+ * Joins a network by WPS: by its push button, by a PIN that is typed there, or both, where the PIN is the one that
+ * stays. Any other mode starts nothing and is kept as none.
+ *
+ * @param[in]  appid   Ignored.
+ * @param[in]  ifname  Wi-Fi interface, at most 8 characters.
+ * @param[in]  mode    The way.
+ * @param[in]  pin     The PIN, of a mode with PIN.
+ *
+ * @retval 0  Started.
+ * @retval 1  The glue does not run; interface unknown, not Wi-Fi or not active. The supplicant refused.
+ * @retval 5  No PIN for a mode that has one, or an interface without Wi-Fi back end.
+ *
+ * @par Threads    Any, also from inside the callback. Waits for the supplicant's answer.
+ * @par Locks      ifaceListLock during the look-up only.
+ * @par Callbacks  IFDISCONNECTED, on this thread, when the push button takes a connection away; then as for
+ * `Movo_NET_WifiConnectEss`, with 120 s in place of 30.
+ */
+RETURN_TYPE Movo_NET_WifiStartWpsConnection(kest_sint32 appid, const char* ifname, MovoNetWifiWPSMode_e mode,
+                                            const char* pin);
+
+/**
+ * Has the supplicant make a PIN to show. The network joined so far is left; nothing is started.
+ *
+ * @param[in]  appid    Ignored.
+ * @param[in]  ifname   Wi-Fi interface, at most 8 characters.
+ * @param[out] pin      `pinsize` bytes, all of which are written.
+ * @param[in]  pinsize  At least 9 for the usual eight digits.
+ *
+ * @retval 0  Made.
+ * @retval 1  The glue does not run; interface unknown, not Wi-Fi or not active. The PIN does not fit, or the supplicant
+ * refused.
+ * @retval 5  No output, or an interface without Wi-Fi back end.
+ *
+ * @par Threads    Any, also from inside the callback. Waits for the supplicant's answer.
+ * @par Locks      ifaceListLock during the look-up only.
+ */
+RETURN_TYPE Movo_NET_WifiGenerateWpsPin(kest_sint32 appid, const char* ifname, char* pin, int pinsize);
+
+/**
+ * Looks for an open network that does not send its name. The network joined so far is left.
+ *
+ * @param[in]  appid   Ignored.
+ * @param[in]  ifname  Wi-Fi interface, at most 8 characters.
+ * @param[in]  ssid    Its name, not empty; the supplicant refuses more than 32 bytes.
+ *
+ * @retval 0  Searching.
+ * @retval 1  The glue does not run; interface unknown, not Wi-Fi or not active. The supplicant refused.
+ * @retval 5  No name or an empty one, or an interface without Wi-Fi back end.
+ *
+ * @par Threads    Any, also from inside the callback. Waits for the supplicant's answer.
+ * @par Locks      ifaceListLock during the look-up only.
+ * @par Callbacks  WIFISCANDONE when it was found, or after 30 s.
+ */
+RETURN_TYPE Movo_NET_WifiSearchHideEss(kest_sint32 appid, const char* ifname, const char* ssid);
+
+/**
+ * Tells which chip the interface has.
+ *
+ * @param[in]  appid    Ignored.
+ * @param[in]  ifname   Wi-Fi interface, at most 8 characters.
+ * @param[out] devType  Untouched unless 0 is returned.
+ *
+ * @retval 0  Read.
+ * @retval 1  The glue does not run; interface unknown, not Wi-Fi or not active.
+ * @retval 5  No output, or an interface without Wi-Fi back end.
+ *
+ * @par Threads    Any, also from inside the callback.
+ * @par Locks      ifaceListLock during the look-up only.
+ */
+RETURN_TYPE Movo_NET_WifiGetDevType(kest_sint32 appid, const char* ifname, MovoNetWifiDevType_e* devType);
+
+/**
+ * Tells whether a connection is being made, or is made and has no address yet.
+ *
+ * @param[in]  appid           Ignored.
+ * @param[in]  ifname          Wi-Fi interface, at most 8 characters.
+ * @param[out] isReconnecting  1 or 0; untouched unless 0 is returned.
+ *
+ * @retval 0  Read; also of an interface that is not active.
+ * @retval 1  The glue does not run; interface unknown or not Wi-Fi.
+ * @retval 5  No output, or an interface without Wi-Fi back end.
+ *
+ * @par Threads    Any, also from inside the callback.
+ * @par Locks      ifaceListLock during the look-up only.
+ */
+RETURN_TYPE Movo_NET_WifiIsReconnecting(kest_sint32 appid, const char* ifname, kest_bool* isReconnecting);
+
+/**
+ * Chooses how the next connections take their network, in spite of what the scan told.
+ *
+ * @param[in] appid         Ignored.
+ * @param[in] SecurityType  None: open. WEP. Mix: WPA and WPA2 with either cipher. Default: as scanned. Any other value:
+ * as scanned, with a pass phrase.
+ *
+ * @retval 0  Kept, also before the start.
+ *
+ * @par Threads  Any, also from inside the callback.
+ * @par Locks    None.
+ */
+RETURN_TYPE Movo_NET_WifiSetSecurityType(kest_sint32 appid, MovoNetWifiUISecurity_e SecurityType);
+
+/**
+ * Finds the connected Wi-Fi interface of highest priority, its network and its signal level.
+ *
+ * @param[in]  appid   Ignored.
+ * @param[out] ifname  At least 8 bytes, all of which are written; a name of 8 characters gets no end mark.
+ * @param[out] essid   At least 32 bytes; gets an end mark.
+ * @param[out] retval  Level in dBm.
+ *
+ * @retval 0  Found.
+ * @retval 1  The glue does not run; no Wi-Fi interface is connected; its network's name is longer than 31 bytes or not
+ * in the table. Where the glue runs `essid` and `retval` are written all the same.
+ * @retval 5  An argument is NULL.
+ *
+ * @par Threads  Any, also from inside the callback.
+ * @par Locks    None.
+ */
+RETURN_TYPE Movo_NET_WifiGetConnectedSignal(kest_sint32 appid, char* ifname, char* essid, int* retval);
 
 #ifdef __cplusplus
 }

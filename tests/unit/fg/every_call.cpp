@@ -9,6 +9,57 @@
 #include <sstream>
 
 namespace {
+/** A network that the tests of wireless interfaces list. */
+constexpr const char* kEssid = "Net";
+
+/** A question about one network of the table. */
+template <typename Output>
+PublicCall asking(const char* name, RETURN_TYPE (*function)(kest_sint32, const char*, const char*, Output*))
+{
+    return {name, [function](sim::Set&, const char* ifname) {
+                Output output{};
+                (void)function(0, ifname, kEssid, &output);
+            }};
+}
+/** Something done to one network of the table. */
+PublicCall doing(const char* name, RETURN_TYPE (*function)(kest_sint32, const char*, const char*))
+{
+    return {name, [function](sim::Set&, const char* ifname) { (void)function(0, ifname, kEssid); }};
+}
+
+void getKey(sim::Set&, const char* ifname)
+{
+    char key[65];
+    int length = 0;
+    (void)Movo_NET_WifiGetKey(0, ifname, kEssid, key, &length);
+}
+
+void getNames(sim::Set&, const char* ifname)
+{
+    char name[33];
+    (void)Movo_NET_WifiGetSsidEss(0, ifname, 0, name);
+}
+
+void getConnectedName(sim::Set&, const char* ifname)
+{
+    char name[33];
+    (void)Movo_NET_WifiGetConnectedEss(0, ifname, name, sizeof(name));
+}
+
+void getConnectedSignal(sim::Set&, const char*)
+{
+    char ifname[9];
+    char name[33];
+    int signal = 0;
+    (void)Movo_NET_WifiGetConnectedSignal(0, ifname, name, &signal);
+}
+
+void generatePin(sim::Set&, const char* ifname)
+{
+    char pin[9];
+    (void)Movo_NET_WifiGenerateWpsPin(0, ifname, pin, sizeof(pin));
+}
+
 /** Flips between two values from call to call, so that each call changes something. */
 bool flip()
 {
@@ -75,13 +126,12 @@ void allotNone(sim::Set&, const char*)
     kest_sint32 client = 1;
     (void)Movo_NET_SetClientResourceAllocation(PLFRes_netlink, 0, &client);
 }
-} // namespace
 
 #define NAMED(function) #function, function
 
-const std::vector<PublicCall>& everyCall()
+std::vector<PublicCall> generalCalls()
 {
-    static const std::vector<PublicCall> all = {
+    return {
         simple(NAMED(Movo_NET_IsInitializationDone)),
         counting(NAMED(Movo_NET_GetMaxNumOfIfacesSupported)),
         counting(NAMED(Movo_NET_GetMaxNumOfWifiEssSupported)),
@@ -119,12 +169,60 @@ const std::vector<PublicCall>& everyCall()
         simple(NAMED(Movo_NET_IsNetworkOK)),
         {"Movo_NET_ConfigIPStatic", configureStatic},
         {"Movo_NET_ConfigIPMode", configureMode},
-        doing(NAMED(Movo_NET_WifiDisConnect)),
 
         doing(NAMED(Movo_NET_ClearIP)),
         doing(NAMED(Movo_NET_DisableIface)),
         simple(NAMED(Movo_NET_DisableAllIfaces)),
     };
+}
+
+std::vector<PublicCall> wirelessCalls()
+{
+    return {
+        doing(NAMED(Movo_NET_WifiScanEsss)),
+        doing(NAMED(Movo_NET_WifiUpdateEsss)),
+        reading(NAMED(Movo_NET_GetNumOfWifiEsss)),
+        {"Movo_NET_WifiGetSsidEss", getNames},
+        asking(NAMED(Movo_NET_WifiGetSignalEss)),
+        asking(NAMED(Movo_NET_WifiIsWPS)),
+        asking(NAMED(Movo_NET_WifiGetEncryptionEss)),
+        asking(NAMED(Movo_NET_WifiGetSecurityEss)),
+        asking(NAMED(Movo_NET_WifiGetFrequencyEss)),
+        asking(NAMED(Movo_NET_WifiGetChannelEss)),
+        asking(NAMED(Movo_NET_WifiGetPriorityEss)),
+        asking(NAMED(Movo_NET_WifiGetBssidEss)),
+        {"Movo_NET_WifiSetPriorityEss",
+         [](sim::Set&, const char* ifname) { (void)Movo_NET_WifiSetPriorityEss(0, ifname, kEssid, 1); }},
+        {"Movo_NET_WifiSetKey",
+         [](sim::Set&, const char* ifname) { (void)Movo_NET_WifiSetKey(0, ifname, kEssid, "key", 3); }},
+        {"Movo_NET_WifiGetKey", getKey},
+        doing(NAMED(Movo_NET_WifiConnectEss)),
+        doing(NAMED(Movo_NET_WifiSearchHideEss)),
+        {"Movo_NET_WifiStartWpsConnection",
+         [](sim::Set&, const char* ifname) {
+             (void)Movo_NET_WifiStartWpsConnection(0, ifname, _MOVO_NET_WIFI_WPS_PBC_, "");
+         }},
+        {"Movo_NET_WifiGenerateWpsPin", generatePin},
+        reading(NAMED(Movo_NET_WifiGetWpsModeEss)),
+        reading(NAMED(Movo_NET_WifiGetDevType)),
+        reading(NAMED(Movo_NET_WifiIsReconnecting)),
+        {"Movo_NET_WifiGetConnectedEss", getConnectedName},
+        {"Movo_NET_WifiGetConnectedSignal", getConnectedSignal},
+        {"Movo_NET_WifiSetSecurityType",
+         [](sim::Set&, const char*) { (void)Movo_NET_WifiSetSecurityType(0, _MOVO_NET_WIFI_UI_DEFAULT_); }},
+        doing(NAMED(Movo_NET_WifiDisConnect)),
+    };
+}
+} // namespace
+
+const std::vector<PublicCall>& everyCall()
+{
+    static const std::vector<PublicCall> all = [] {
+        std::vector<PublicCall> calls = wirelessCalls();
+        const std::vector<PublicCall> rest = generalCalls(); // ends with those that take the interfaces down
+        calls.insert(calls.end(), rest.begin(), rest.end());
+        return calls;
+    }();
     return all;
 }
 

@@ -75,6 +75,9 @@ TEST(ShellBadInput, BadArguments)
     expectRefused("priority eth0 99999999999", "usage: priority IFACE [NUMBER]");
     expectRefused("wol eth0 1", "usage: wol IFACE on|off");
     expectRefused("mode eth0 manual", "usage: mode IFACE [MODE]");
+    expectRefused("wifi priority Net high", "usage: wifi priority NAME [NUMBER]");
+    expectRefused("wifi wps magic", "usage: wifi wps [WAY] [PIN]");
+    expectRefused("wifi security strong", "usage: wifi security WISH");
     EXPECT_EQ(fake::calls(), std::vector<std::string>());
 }
 

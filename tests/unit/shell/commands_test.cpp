@@ -1,4 +1,5 @@
 /** Each command: what it calls, with which arguments, and what it prints. */
+#include "cases.h"
 #include "fake_net.h"
 #include "play.h"
 #include "tools/movo_net_shell/command.h"
@@ -10,12 +11,6 @@
 #include <sstream>
 
 namespace {
-struct Case {
-    const char* line;
-    std::vector<std::string> calls;
-    const char* output;
-};
-
 const Case kCases[] = {
     {"stop", {"Movo_NET_Glue_Exit"}, "0 success\n"},
     {"running", {"Movo_NET_IsInitializationDone"}, "1 yes\n"},
@@ -77,7 +72,6 @@ const Case kCases[] = {
     {"dns eth0", {"Movo_NET_IsDNSOK eth0"}, "0 no\n"},
     {"network", {"Movo_NET_IsNetworkOK"}, "0 no\n"},
     {"clear eth0", {"Movo_NET_ClearIP eth0"}, "0 success\n"},
-    {"wifi disconnect wlan0", {"Movo_NET_WifiDisConnect wlan0"}, "0 success\n"},
     {"echo  a \"b  c\" d", {}, "a b  c d\n"},
     {"link-type", {}, "0\n"},
     {"log", {}, "error\n"},
@@ -87,9 +81,11 @@ const Case kCases[] = {
 // What tests of their own hold: scripts, start, status, help.
 const std::set<std::string> kElsewhere = {"help", "watch", "sleep", "expect", "start", "status", "interfaces", "join"};
 
-void PrintTo(const Case& shown, std::ostream* out)
+std::vector<Case> allCases()
 {
-    *out << shown.line;
+    std::vector<Case> cases(std::begin(kCases), std::end(kCases));
+    cases.insert(cases.end(), wifiCases().begin(), wifiCases().end());
+    return cases;
 }
 
 std::string nameOf(const std::string& line)
@@ -108,10 +104,16 @@ std::set<std::string> functionsOf(const std::string& calls)
 }
 } // namespace
 
+void PrintTo(const Case& shown, std::ostream* out)
+{
+    *out << shown.line;
+}
+
 class EachCommand : public testing::TestWithParam<Case> {};
 
 TEST_P(EachCommand, CallsAndPrints)
 {
+    (void)play("wifi use wlan0\n");
     const Played played = play(std::string(GetParam().line) + "\n");
 
     EXPECT_EQ(played.output, GetParam().output);
@@ -120,13 +122,13 @@ TEST_P(EachCommand, CallsAndPrints)
     EXPECT_EQ(fake::calls(), GetParam().calls);
 }
 
-INSTANTIATE_TEST_SUITE_P(Shell, EachCommand, testing::ValuesIn(kCases),
+INSTANTIATE_TEST_SUITE_P(Shell, EachCommand, testing::ValuesIn(allCases()),
                          [](const auto& each) { return std::to_string(each.index); });
 
 TEST(ShellCommands, AllAreTested)
 {
     std::set<std::string> tested = kElsewhere;
-    for (const Case& each : kCases) {
+    for (const Case& each : allCases()) {
         tested.insert(nameOf(each.line));
     }
     for (const shell::Command& command : shell::allCommands()) {
@@ -137,7 +139,7 @@ TEST(ShellCommands, AllAreTested)
 TEST(ShellCommands, TheHelpNamesWhatACommandCalls)
 {
     std::map<std::string, std::set<std::string>> called;
-    for (const Case& each : kCases) {
+    for (const Case& each : allCases()) {
         for (const std::string& call : each.calls) {
             called[nameOf(each.line)].insert(call.substr(0, call.find(' ')));
         }

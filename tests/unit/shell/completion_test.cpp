@@ -28,7 +28,7 @@ TEST(ShellCompletion, OfPrograms)
 TEST(ShellCompletion, OfTheSecondWordOfAName)
 {
     EXPECT_EQ(completionOf("resource ").candidates, Words({"add", "set"}));
-    EXPECT_EQ(completionOf("wifi d").candidates, Words({"disconnect"}));
+    EXPECT_EQ(completionOf("wifi s").candidates, Words({"scan", "security", "signal", "status"}));
     EXPECT_EQ(completionOf("virgin ").candidates, Words({"set"}));
 }
 
@@ -36,7 +36,7 @@ TEST(ShellCompletion, OfInterfaces)
 {
     fake::setRunning(true);
     EXPECT_EQ(completionOf("enable ").candidates, Words({"eth0", "lo"}));
-    EXPECT_EQ(completionOf("wifi disconnect e").candidates, Words({"eth0"}));
+    EXPECT_EQ(completionOf("wifi use e").candidates, Words({"eth0"}));
     EXPECT_EQ(completionOf("expect IFFOUND e").candidates, Words({"eth0"}));
 }
 
@@ -53,6 +53,8 @@ TEST(ShellCompletion, OfNamedValues)
     EXPECT_EQ(completionOf("log ").candidates, Words({"debug", "error", "info", "log", "none", "warning"}));
     EXPECT_EQ(completionOf("wol eth0 ").candidates, Words({"off", "on"}));
     EXPECT_EQ(completionOf("callback o").candidates, Words({"off", "on"}));
+    EXPECT_EQ(completionOf("wifi wps p").candidates, Words({"pin", "push"}));
+    EXPECT_EQ(completionOf("wifi security ").candidates, Words({"default", "mix", "none", "wep"}));
     EXPECT_EQ(completionOf("help mo").candidates, Words({"mode"}));
 }
 

@@ -83,6 +83,12 @@ void addInterfaces(int count)
     }
 }
 
+void addWireless(const std::string& ifname)
+{
+    const std::lock_guard lock(state().lock);
+    state().names.push_back(ifname);
+}
+
 void callBack(MovoNetCBReason_e reason, const char* ifname)
 {
     MovoNetCallback_t callback = nullptr;

@@ -1,6 +1,7 @@
 #include "fake_state.h"
 
 #include <cstring>
+#include <string_view>
 
 using namespace fake;
 
@@ -26,7 +27,9 @@ RETURN_TYPE Movo_NET_GetIfaceName(kest_sint32, int ifidx, int length, char* retv
 
 RETURN_TYPE Movo_NET_GetIfaceType(kest_sint32, const char* ifname, MovoNetIfaceType_e* retval)
 {
-    const auto type = std::string(ifname) == "lo" ? _MOVO_NET_IFACE_LO_ : _MOVO_NET_IFACE_ETHER_;
+    const std::string_view name(ifname);
+    const auto cabled = name == "lo" ? _MOVO_NET_IFACE_LO_ : _MOVO_NET_IFACE_ETHER_;
+    const auto type = name.starts_with("wlan") ? _MOVO_NET_IFACE_WIFI_ : cabled;
     return wrote(called("Movo_NET_GetIfaceType", ifname), retval, type);
 }
 

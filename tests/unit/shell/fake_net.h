@@ -29,6 +29,9 @@ void setRunning(bool running);
 /** So many interfaces more: eth1, eth2, ... */
 void addInterfaces(int count);
 
+/** One interface more, a wireless one. */
+void addWireless(const std::string& ifname);
+
 /** Calls the callback, if there is one. */
 void callBack(MovoNetCBReason_e reason, const char* ifname);
 } // namespace fake

@@ -30,7 +30,7 @@ TEST(ShellHelp, ShowsASubject)
 {
     const Played played = play("help wifi\n");
     EXPECT_EQ(played.status, 0);
-    EXPECT_TRUE(played.output.starts_with("wifi\n  wifi disconnect IFACE  ")) << played.output;
+    EXPECT_TRUE(played.output.starts_with("wifi\n  wifi use [IFACE]  ")) << played.output;
     EXPECT_EQ(played.output.find("enable"), std::string::npos) << played.output;
 }
 
