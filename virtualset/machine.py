@@ -66,17 +66,21 @@ class VirtualSet:
            and resolver at 10.0.2.2 and 10.0.2.3), "cable" is a cable whose far end is the interface "far" in the
            machine's network namespace cable0, cable1, ...
     limit  Seconds after which the machine is killed, whatever it does.
+    data   Folder of this computer that is the machine's /data and outlives it; without one /data is gone at its end.
     """
 
-    def __init__(self, nics=("user",), limit=300, folder=CACHE / "set"):
+    def __init__(self, nics=("user",), limit=300, data=None, folder=CACHE / "set"):
         self.nics = list(nics)
+        self.data = data
         self.limit = limit
         self.folder = folder
         self.log = Log()
         self.console = Log()
         self._qemu = None
         self._timer = None
-        self._commands, self._monitor = Port(), Port()
+        self._commands, self._monitor, self._requests, self._terminal = Port(), Port(), Port(), Port()
+        self._monitor_lock = threading.Lock()
+        self.terminal_free = threading.Event()
 
     def __enter__(self):
         self.start()
@@ -90,7 +94,7 @@ class VirtualSet:
         if not (self.folder / "initrd").exists():
             raise SetError(f"the virtual set is not in {self.folder}; ./run and ./test e2e build it")
         log, console = Port(), Port()
-        ports = [log, console, self._commands, self._monitor]
+        ports = [log, console, self._commands, self._monitor, self._requests, self._terminal]
         try:
             self._qemu = subprocess.Popen(
                 self._command_line(*(port.theirs.fileno() for port in ports)),
@@ -110,6 +114,7 @@ class VirtualSet:
         self.console.follow(console.lines)
         self.log.follow(log.lines)
         self._monitor_hello()
+        threading.Thread(target=self._serve_requests, daemon=True).start()
         try:
             self._commands.read(BOOT_SECONDS)
         except SetError as error:
@@ -147,11 +152,44 @@ class VirtualSet:
         """Starts a command in a session of its own, its output in the log; returns its process id."""
         return int(self.check(f"setsid sh -c {_quoted('exec ' + command)} > /run/log 2>&1 & echo $!"))
 
+    def write(self, path, content: bytes):
+        """Puts a file into the machine."""
+        self.check(f"base64 -d > '{path}' <<END\n{base64.encodebytes(content).decode()}END")
+
+    def on_terminal(self, command):
+        """Starts a command on the machine's terminal, its errors in the log; returns the terminal's socket.
+
+        `terminal_free` is set when the command has ended.
+        """
+        self.terminal_free.clear()
+        free = "echo terminal free > /dev/virtio-ports/request"
+        self.check(f"setsid --ctty sh -c {_quoted(f'{command}; {free}')} < /dev/hvc0 > /dev/hvc0 2> /run/log &")
+        return self._terminal.ours
+
     def cable(self, nic, plugged):
-        """Plugs the NIC's cable in or pulls it out."""
-        self._monitor.send(json.dumps(
-            {"execute": "set_link", "arguments": {"name": nic, "up": plugged}}).encode())
-        self._monitor_answer()
+        """Plugs the NIC's cable in or pulls it out. Any thread."""
+        with self._monitor_lock:
+            self._monitor.send(json.dumps(
+                {"execute": "set_link", "arguments": {"name": nic, "up": plugged}}).encode())
+            self._monitor_answer()
+
+    def _serve_requests(self):
+        """What programs in the machine ask of its surroundings, a line each: "cable eth0 off"."""
+        try:
+            for line in self._requests.lines:
+                self._requests.send(self._serve(line.decode(errors="replace").split()).encode())
+        except (OSError, SetError):
+            pass    # the machine has ended
+
+    def _serve(self, words):
+        match words:
+            case ["cable", nic, ("on" | "off") as state] if nic in [f"eth{n}" for n in range(len(self.nics))]:
+                self.cable(nic, state == "on")
+                return "done"
+            case ["terminal", "free"]:
+                self.terminal_free.set()
+                return "done"
+        return "there is no such thing"
 
     def _ask(self, command, seconds):
         self._commands.send(b"%d %s" % (seconds, base64.b64encode(command.encode())))
@@ -176,7 +214,7 @@ class VirtualSet:
             if "return" in answer:
                 return
 
-    def _command_line(self, log, console, commands, monitor):
+    def _command_line(self, log, console, commands, monitor, requests, terminal):
         line = [
             "qemu-system-x86_64", "-nodefaults", "-no-user-config", "-display", "none", "-no-reboot",
             "-machine", "pc", "-accel", "tcg,thread=multi", "-cpu", "max", "-smp", "2", "-m", "384",
@@ -185,15 +223,21 @@ class VirtualSet:
             "-chardev", f"socket,id=monitor,fd={monitor}", "-mon", "chardev=monitor,mode=control",
             "-device", "virtio-serial-pci",
         ]
-        for name, descriptor in (("log", log), ("command", commands)):
+        line += ["-chardev", f"socket,id=terminal,fd={terminal}", "-device", "virtconsole,chardev=terminal"]
+        for name, descriptor in (("log", log), ("command", commands), ("request", requests)):
             line += ["-chardev", f"socket,id={name},fd={descriptor}",
                      "-device", f"virtserialport,chardev={name},name={name}"]
-        for tag, path in (("root", self.folder / "root"), ("movo", REPOSITORY)):
-            line += ["-fsdev", f"local,id={tag},path={path},security_model=none,readonly=on,multidevs=remap",
-                     "-device", f"virtio-9p-pci,fsdev={tag},mount_tag={tag}"]
+        line += _folder("root", self.folder / "root", "on") + _folder("movo", REPOSITORY, "on")
+        if self.data:
+            line += _folder("data", self.data, "off")
         for number, plug in enumerate(self.nics):
             line += _nic(number, plug)
         return line
+
+
+def _folder(tag, path, readonly):
+    return ["-fsdev", f"local,id={tag},path={path},security_model=none,readonly={readonly},multidevs=remap",
+            "-device", f"virtio-9p-pci,fsdev={tag},mount_tag={tag}"]
 
 
 def _nic(number, plug):

@@ -1,64 +1,54 @@
-"""What ./run shows: a television that boots, its daemon's log with the story beside it, a summary, a prompt."""
+"""What ./run shows: a television that boots, its log with the story beside it, and how it ends or goes on."""
 
-import re
+import argparse
+import os
+import pathlib
+import shutil
 import sys
 import threading
 import time
 
-from .machine import SetError, VirtualSet
+from .machine import REPOSITORY, SetError, VirtualSet
 from .story import Story, lease_time
+from .summary import summarise
+from .terminal import attach
 
-DAEMON = "/movo/build/release/recovery/recovery_net"
+RELEASE = "/movo/build/release"
+SHELL = f"{RELEASE}/tools/movo_net_shell/movo_net_shell --programs /movo/virtualset/guest/commands"
+KEPT = REPOSITORY / "build" / "television"
+LOG = REPOSITORY / "build" / "run.log"
 LEASE_SECONDS = 90
 SESSION_SECONDS = 4 * 3600
 ON_TERMINAL = sys.stdin.isatty() and sys.stdout.isatty()
 
-HELP = """\
-  cable off     pull the network cable out
-  cable on      plug it in again
-  interfaces    show the interfaces, routes and resolver as the television's kernel has them
-  help          this list
-  quit          switch the television off"""
+
+class Follower(threading.Thread):
+    """Writes the log to a file; until told to be quiet it also prints it, each telling line followed by its story."""
+
+    def __init__(self, tv):
+        super().__init__(daemon=True)
+        self.tv = tv
+        self.quiet = False
+
+    def run(self):
+        story = Story()
+        dim, bold, plain = ("\033[2m", "\033[1m", "\033[0m") if ON_TERMINAL else ("", "", "")
+        seen = 0
+        with LOG.open("w") as file:
+            while not self.tv.log.ended:
+                for line in self.tv.log.next_lines(seen, 1):
+                    seen += 1
+                    print(line, file=file, flush=True)
+                    if not self.quiet:
+                        print(f"{dim}  {line}{plain}", flush=True)
+                        for sentence in story.tell(line):
+                            print(f"{bold}    >> {sentence}{plain}", flush=True)
 
 
-def follow(tv):
-    """Prints the log as it comes, each telling line followed by its story."""
-    story = Story()
-    dim, bold, plain = ("\033[2m", "\033[1m", "\033[0m") if ON_TERMINAL else ("", "", "")
-    seen = 0
-    while not tv.log.ended:
-        for line in tv.log.next_lines(seen, 1):
-            seen += 1
-            print(f"{dim}  {line}{plain}", flush=True)
-            for sentence in story.tell(line):
-                print(f"{bold}    >> {sentence}{plain}", flush=True)
-
-
-def facts(tv, ifname="eth0"):
-    """The state of an interface, asked from the kernel and not from the daemon."""
-    def first(pattern, text):
-        match = re.search(pattern, text, re.M)
-        return match[1] if match else ""
-
-    ifconfig = tv.run(f"ifconfig {ifname}")[1]
-    gateway = first(rf"^default via (\S+) dev {ifname}", tv.run("ip route")[1])
-    reachable = gateway and tv.run(f"ping -c 1 -W 2 {gateway}")[0] == 0
-    return {
-        "Interface": ifname,
-        "MAC address": first(r"ether (\S+)", ifconfig),
-        "Address": first(r"inet (\S+)", ifconfig),
-        "Mask": first(r"netmask (\S+)", ifconfig),
-        "Gateway": gateway,
-        "DNS": ", ".join(re.findall(r"^nameserver (\S+)", tv.run("cat /etc/resolv.conf")[1], re.M)),
-        "Start to lease": lease_time(tv.log.lines),
-        "Gateway reachable": "yes" if reachable else "no",
-    }
-
-
-def wait_for_lease(tv, daemon):
-    """Until the daemon has a lease and said which route it sets, or it ended, or the time is over."""
+def wait_for_lease(tv, runs):
+    """Until there is a lease and the log says which route is set, or the program ended, or the time is over."""
     deadline = time.monotonic() + LEASE_SECONDS
-    while time.monotonic() < deadline and tv.run(f"kill -0 {daemon}")[0] == 0:
+    while time.monotonic() < deadline and runs():
         try:
             tv.log.wait_for("set gateway to", 5)
             return
@@ -66,66 +56,78 @@ def wait_for_lease(tv, daemon):
             pass
 
 
-def summarise(tv, daemon):
-    summary = facts(tv)
-    if summary["Address"] and not summary["Gateway"]:    # announced, not there yet
-        time.sleep(1)
-        summary = facts(tv)
-    print()
-    for name, value in summary.items():
-        print(f"  {name:<18} {value or '-'}")
-
-    online = summary["Gateway reachable"] == "yes" and summary["DNS"] != ""
-    if online:
-        verdict = f"Online: {summary['Interface']} has {summary['Address']} and the gateway answers."
-    elif tv.run(f"kill -0 {daemon}")[0] != 0:
-        verdict = "Not online: the daemon has ended."
-    elif not summary["Address"]:
-        verdict = f"Not online: no address within {LEASE_SECONDS} s."
-    else:
-        verdict = "Not online: the gateway does not answer or there is no resolver."
-    print(f"\n{verdict}", flush=True)
-    return online
+def watch(tv):
+    """The daemon, from its start until the television is online; returns whether it is."""
+    daemon = tv.spawn(f"env KEST_DEBUG=3 {RELEASE}/recovery/recovery_net")
+    wait_for_lease(tv, lambda: tv.run(f"kill -0 {daemon}")[0] == 0)
+    return summarise(tv, daemon, LEASE_SECONDS)
 
 
-def prompt(tv):
-    print(f"\n{HELP}\n")
-    while True:
-        try:
-            words = input("television> ").split()
-        except EOFError:
-            return
-        match words:
-            case []:
-                pass
-            case ["cable", ("on" | "off") as state]:
-                tv.cable("eth0", state == "on")
-            case ["interfaces"]:
-                print(tv.run("ifconfig; ip -4 route; cat /etc/resolv.conf")[1])
-            case ["help"]:
-                print(HELP)
-            case ["quit" | "exit"]:
-                return
-            case _:
-                print("unknown command; help shows the list")
+def talk(tv, follower):
+    """The shell instead of the daemon: when it is online the person has it."""
+    columns, rows = shutil.get_terminal_size()
+    tv.check(f"stty rows {rows} cols {columns} < /dev/hvc0")
+    terminal = tv.on_terminal(f"env KEST_DEBUG=3 TERM={terminal_type(tv)} {SHELL}")
+    wait_for_lease(tv, lambda: not tv.terminal_free.is_set())
+    time.sleep(1)    # the route that was announced is there a moment later
+    follower.quiet = True
+    print(f"""
+From start to lease: {lease_time(tv.log.lines) or 'none yet'}. The log goes on in {LOG}.
+Everything the network layer offers is a command now (help, the tab key), and so is the cable: cable off, cable on.
+quit, or the end of input (Ctrl-D), switches the television off.
+""")
+    terminal.sendall(b"status\n")
+    attach(terminal, tv.terminal_free)
+    print("\nThe television is off.")
+
+
+def terminal_type(tv):
+    """This terminal's type where the machine knows it."""
+    name = os.environ.get("TERM", "")
+    known = name.isascii() and name.replace("-", "").isalnum() and tv.run(f"ls /lib/terminfo/*/{name}")[0] == 0
+    return name if known else "vt100"
+
+
+def play(tv, script, follower):
+    """A script of the shell, whose output is shown instead of the log; returns the shell's status."""
+    follower.quiet = True
+    tv.write("/tmp/script", script)
+    terminal = tv.on_terminal(f"env KEST_DEBUG=3 {SHELL} < /tmp/script; echo $? > /tmp/status")
+    attach(terminal, tv.terminal_free, keyboard=False)
+    status = int(tv.check("cat /tmp/status"))
+    print(f"\nThe script ended with status {status}; the log is in {LOG}.")
+    return status
+
+
+def parse_arguments():
+    parser = argparse.ArgumentParser(add_help=False)
+    parser.add_argument("--fresh", action="store_true")
+    parser.add_argument("script", nargs="?", type=pathlib.Path)
+    return parser.parse_args()
 
 
 def main():
-    with VirtualSet(limit=SESSION_SECONDS if ON_TERMINAL else 300) as tv:
-        threading.Thread(target=follow, args=(tv,), daemon=True).start()
-        daemon = tv.spawn(f"env KEST_DEBUG=3 {DAEMON}")
-        wait_for_lease(tv, daemon)
-        online = summarise(tv, daemon)
+    arguments = parse_arguments()
+    script = arguments.script.read_bytes() if arguments.script else None
+    if arguments.fresh:
+        shutil.rmtree(KEPT, ignore_errors=True)
+    KEPT.mkdir(parents=True, exist_ok=True)
+    print(f"  The television keeps its settings in {KEPT}; ./run --fresh forgets them.", flush=True)
+    with VirtualSet(limit=SESSION_SECONDS if ON_TERMINAL else 300, data=KEPT) as tv:
+        follower = Follower(tv)
+        follower.start()
+        if script is not None:
+            return play(tv, script, follower)
         if ON_TERMINAL:
-            prompt(tv)
+            talk(tv, follower)
             return 0
-        return 0 if online else 1
+        return 0 if watch(tv) else 1
 
 
 if __name__ == "__main__":
     try:
         sys.exit(main())
-    except SetError as error:
+    except (SetError, OSError) as error:
         sys.exit(f"run: {error}")
     except KeyboardInterrupt:
         sys.exit("\nrun: switched off")

@@ -23,16 +23,16 @@ private:
     Outcome runCommand(const Command& command, Arguments arguments);
     void complain(const std::string& what);
 
+    bool m_onTerminal; // where complaints belong to the dialogue, and standard error to the log
     Console m_console;
-    bool m_onTerminal;
     bool m_startGlue;
     std::unique_ptr<Lines> m_lines;
     int m_lineNumber = 0;
 };
 
 Shell::Shell(const Options& options)
-    : m_console(options.output, options.errors),
-      m_onTerminal(isatty(options.input) != 0 && isatty(fileno(options.output)) != 0), m_startGlue(options.startGlue),
+    : m_onTerminal(isatty(options.input) != 0 && isatty(fileno(options.output)) != 0),
+      m_console(options.output, m_onTerminal ? options.output : options.errors), m_startGlue(options.startGlue),
       m_lines(m_onTerminal ? editedLines(options.input, options.output, m_console)
                            : plainLines(options.input, m_console))
 {
