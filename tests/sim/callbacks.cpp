@@ -5,16 +5,10 @@
 
 namespace sim {
 namespace {
-bool tellsOfInterface(MovoNetCBReason_e reason)
-{
-    return reason < _MOVO_NET_CALLBACK_SOFTAPSCAN_ || reason > _MOVO_NET_CALLBACK_SOFTAPDISCONNECTED_;
-}
-
 void record(MovoNetCBReason_e reason, void* /*context*/, void* parameter)
 {
     // An interface record begins with its name.
-    const std::string ifname =
-        tellsOfInterface(reason) && parameter != nullptr ? static_cast<const char*>(parameter) : "";
+    const std::string ifname = parameter != nullptr ? static_cast<const char*>(parameter) : "";
     std::function<void(MovoNetCBReason_e, void*)> action;
     {
         const Hold hold;

@@ -7,7 +7,9 @@
 
 #include <cstdarg>
 #include <cstddef>
+#include <cstdint>
 #include <cstdio>
+#include <ifaddrs.h>
 #include <pthread.h>
 #include <sys/select.h>
 #include <sys/socket.h>
@@ -30,6 +32,7 @@ int sim_rename(const char* from, const char* to);
 int sim_access(const char* path, int mode);
 int sim_stat(const char* path, struct stat* status);
 int sim_chmod(const char* path, mode_t mode);
+int sim_fchmod(int fd, mode_t mode);
 void sim_sync();
 
 FILE* sim_fopen(const char* path, const char* mode);
@@ -46,6 +49,11 @@ ssize_t sim_sendto(int fd, const void* buffer, size_t size, int flags, const str
 ssize_t sim_recv(int fd, void* buffer, size_t size, int flags);
 ssize_t sim_recvfrom(int fd, void* buffer, size_t size, int flags, struct sockaddr* from, socklen_t* length);
 char* sim_if_indextoname(unsigned index, char* name);
+int sim_getifaddrs(struct ifaddrs** list);
+void sim_freeifaddrs(struct ifaddrs* list);
+
+int sim_inotify_init1(int flags);
+int sim_inotify_add_watch(int fd, const char* path, uint32_t mask);
 
 int sim_select(int count, fd_set* reading, fd_set* writing, fd_set* failing, struct timeval* timeout);
 int sim_usleep(useconds_t microseconds);

@@ -123,20 +123,38 @@ int copy(const Words& words)
     return copied ? kDone : kFailed;
 }
 
+/** Makes and removes interfaces beside the station's, as the supplicant does when it is told to. */
+int wpaCli(const Words& words)
+{
+    const bool creates = words.size() == 3 && words[1] == "INTERFACE_CREATE";
+    const bool deletes = words.size() == 3 && words[1] == "interface_del";
+    if (!(creates || deletes) || creates == (findIface(words[2]) != nullptr)) {
+        return kFailed;
+    }
+    if (creates) {
+        addKernelIface(words[2]);
+    } else {
+        removeKernelIface(words[2]);
+    }
+    return kDone;
+}
+
 int runWords(const Words& words)
 {
     struct Program {
         const char* name;
         int (*run)(const Words&);
     };
-    static constexpr Program kPrograms[] = {
+    const auto succeeds = [](const Words&) { return kDone; };
+    const Program programs[] = {
         {"netcfg", netcfg},  {"ifconfig", ifconfig}, {"route", route}, {"kill", kill},
-        {"rm", removeFiles}, {"chmod", changeMode},  {"cp", copy},     {"sync", [](const Words&) { return kDone; }},
+        {"rm", removeFiles}, {"chmod", changeMode},  {"cp", copy},     {"/bin/wpa_cli", wpaCli},
+        {"sync", succeeds},  {"setprop", succeeds},  {"wl", succeeds},
     };
     if (words.empty()) {
         return kDone;
     }
-    for (const Program& program : kPrograms) {
+    for (const Program& program : programs) {
         if (words[0] == program.name) {
             return program.run(words);
         }

@@ -17,6 +17,13 @@ std::string subjectOf(int fd)
     return descriptor != nullptr ? descriptor->subject : "";
 }
 
+bool waitsToBeRead(int fd)
+{
+    const Hold hold;
+    const Descriptor* descriptor = findDescriptor(fd);
+    return descriptor != nullptr && descriptor->kind == DescriptorKind::FileWatch;
+}
+
 /** How much a fault lets pass. */
 size_t atMost(size_t size, const std::optional<Strike>& strike)
 {
@@ -95,6 +102,9 @@ ssize_t sim_read(int fd, void* buffer, size_t size)
     const auto strike = enter(Call::Read, {.name = subject});
     if (strike && strike->bytes < 0) {
         return failWith(strike->error);
+    }
+    if (waitsToBeRead(fd) && atMost(size, strike) > 0) {
+        waitForInput(fd);
     }
     const ssize_t result = read(fd, buffer, atMost(size, strike));
     if (result >= 0) {

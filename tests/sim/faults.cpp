@@ -43,8 +43,11 @@ constexpr const char* kNames[] = {"open",
                                   "malloc",
                                   "calloc",
                                   "strdup",
-                                  "vasprintf"};
-static_assert(std::size(kNames) == static_cast<std::size_t>(Call::Vasprintf) + 1);
+                                  "vasprintf",
+                                  "getifaddrs",
+                                  "inotify_init1",
+                                  "inotify_add_watch"};
+static_assert(std::size(kNames) == static_cast<std::size_t>(Call::InotifyAddWatch) + 1);
 
 bool liesIn(const void* inner, const Fault& fault)
 {

@@ -48,6 +48,9 @@ enum class Call {
     Calloc,
     Strdup,
     Vasprintf,
+    GetIfAddrs,
+    InotifyInit,
+    InotifyAddWatch,
 };
 
 /** Whose call: the test's own, the event loop's, another one that the product created, or any other. */

@@ -205,6 +205,23 @@ int sim_chmod(const char* path, mode_t mode)
     return chmod(realPath(path).c_str(), mode);
 }
 
+int sim_fchmod(int fd, mode_t mode)
+{
+    if (!active()) {
+        return fchmod(fd, mode);
+    }
+    std::string path;
+    {
+        const Hold hold;
+        const Descriptor* descriptor = findDescriptor(fd);
+        path = descriptor != nullptr ? descriptor->subject : "";
+    }
+    if (const auto strike = enter(Call::Chmod, {.name = path})) {
+        return failWith(strike->error);
+    }
+    return fchmod(fd, mode);
+}
+
 void sim_sync()
 {
     if (active()) {

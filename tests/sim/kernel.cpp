@@ -132,13 +132,24 @@ Cable& Cable::withoutMii()
     return *this;
 }
 
-Iface Set::addIface(const std::string& name)
+void addKernelIface(const std::string& name)
 {
-    const Hold hold;
     Kernel& kernel = world().kernel;
     const int index = ++kernel.lastIndex;
     const std::string mac{'\x52', '\x54', '\0', '\x12', '\x34', static_cast<char>(index)};
     kernel.ifaces.push_back({.name = name, .index = index, .mac = mac, .bmsr = kUsualBits});
+}
+
+void removeKernelIface(const std::string& name)
+{
+    dropRoutes(name);
+    std::erase_if(world().kernel.ifaces, [&](const KernelIface& iface) { return iface.name == name; });
+}
+
+Iface Set::addIface(const std::string& name)
+{
+    const Hold hold;
+    addKernelIface(name);
     return Iface(name);
 }
 
@@ -219,7 +230,6 @@ Iface& Iface::wireless(bool listed)
 void Iface::unplugDevice()
 {
     const Hold hold;
-    dropRoutes(m_name);
-    std::erase_if(world().kernel.ifaces, [this](const KernelIface& iface) { return iface.name == m_name; });
+    removeKernelIface(m_name);
 }
 } // namespace sim

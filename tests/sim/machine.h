@@ -113,6 +113,21 @@ private:
     std::string m_ifname;
 };
 
+/** Whoever watches a file for changes (inotify). After each call they have dealt with what they were told. */
+class FileWatch {
+public:
+    explicit FileWatch(std::string path);
+
+    int watchers() const;
+    /** The file was written. */
+    void modified();
+    /** What their next read gives, events or not. */
+    void tells(const std::string& bytes);
+
+private:
+    std::string m_path;
+};
+
 /** A shell command with an answer of its own. Matches commands that begin with the text; the last rule wins. */
 class CommandRule {
 public:

@@ -55,7 +55,7 @@ void makeRoot()
         std::exit(1);
     }
     world().root = pattern;
-    for (const char* needed : {"/proc/net", "/etc/dhcpc", "/tmp/dhcp", "/data/tv/save"}) {
+    for (const char* needed : {"/proc/net", "/etc/dhcpc", "/tmp/dhcp", "/data/tv/save", "/data/wifi"}) {
         std::filesystem::create_directories(world().root + needed);
     }
 }

@@ -52,6 +52,7 @@ public:
     DhcpClient dhcp(const std::string& ifname) { return DhcpClient(ifname); }
     /** The process with that pid; it is brought to life if it was not there. */
     Process process(int pid);
+    FileWatch watch(const std::string& path) { return FileWatch(path); }
     CommandRule onCommand(const std::string& beginning);
     /** What `bdconf -p` prints; at first "mac=02:00:00:00:00:01\n". */
     void boardPrints(const std::string& output) { onCommand("bdconf -p").prints(output); }

@@ -20,7 +20,7 @@
 
 namespace sim {
 /** Where a thread is. */
-enum class Place { Held, Running, Selecting, Asleep, Waiting, Joining, Ended };
+enum class Place { Held, Running, Selecting, Reading, Asleep, Waiting, Joining, Ended };
 
 struct Thread {
     ThreadKind kind = ThreadKind::Other;
@@ -29,7 +29,7 @@ struct Thread {
     Place place = Place::Running;
     std::string at = "-";                     ///< Its latest call.
     const unsigned char* terminate = nullptr; ///< The flag that ends the event loop.
-    unsigned seen = 0;                        ///< Selecting: the generation in which it last found no input.
+    unsigned seen = 0;                        ///< Selecting, reading: the generation in which it last found no input.
     const void* waitsFor = nullptr;           ///< Waiting: the condition variable.
     pthread_t joins{};                        ///< Joining: the thread.
     unsigned random = 0;                      ///< State of its yields.
@@ -72,7 +72,7 @@ struct Kernel {
     std::optional<std::vector<std::string>> scriptedDump;
 };
 
-enum class DescriptorKind { File, Inet, Netlink };
+enum class DescriptorKind { File, Inet, Netlink, FileWatch };
 
 struct Descriptor {
     DescriptorKind kind;
@@ -80,6 +80,9 @@ struct Descriptor {
     std::string text;    ///< The call that opened it.
     int order = 0;
     std::list<std::string> datagrams = {}; ///< Netlink: waiting to be received.
+    int tellsThrough = -1;                 ///< File watch: where its events are written.
+    std::string watched = {};              ///< File watch: the file, and which of its changes are told of.
+    std::uint32_t mask = 0;
 };
 
 struct Files {

@@ -40,6 +40,7 @@ bool isQuiet(const Thread& thread)
     case Place::Waiting:
         return true;
     case Place::Selecting:
+    case Place::Reading:
         return thread.seen == world().threads.generation;
     case Place::Joining: {
         const Thread* other = findThread(thread.joins);

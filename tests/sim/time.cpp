@@ -67,13 +67,13 @@ bool takeTick(const Thread& me, std::int64_t microseconds)
 }
 
 /** Waits until there is input or a tick for the calling thread. */
-int selectInWorld(Watched& watched, std::int64_t microseconds)
+int selectInWorld(Watched& watched, Place place, std::int64_t microseconds)
 {
     Hold hold;
     World& w = world();
     Thread& me = self();
     me.seen = 0;
-    me.place = Place::Selecting;
+    me.place = place;
     for (;;) {
         const int found = watched.look();
         if (found != 0 || takeTick(me, microseconds)) {
@@ -129,6 +129,15 @@ void settleInWorld(Hold& hold, const char* what)
     } while (before != w.threads.activity);
 }
 } // namespace
+
+void waitForInput(int fd)
+{
+    Watched watched{fd + 1, nullptr, {}};
+    FD_SET(fd, &watched.wanted);
+    handToTest();
+    (void)selectInWorld(watched, Place::Reading, -1);
+    handToTest();
+}
 
 std::int64_t Set::clock() const
 {
@@ -224,7 +233,7 @@ int sim_select(int count, fd_set* reading, fd_set* writing, fd_set* failing, str
     const std::int64_t wait =
         timeout != nullptr ? std::int64_t{timeout->tv_sec} * kMicrosecondsPerSecond + timeout->tv_usec : -1;
     handToTest();
-    const int result = selectInWorld(watched, wait);
+    const int result = selectInWorld(watched, Place::Selecting, wait);
     handToTest();
     return result;
 }

@@ -48,6 +48,8 @@ const char* nameOf(Place place)
         return "running";
     case Place::Selecting:
         return "selecting";
+    case Place::Reading:
+        return "reading";
     case Place::Asleep:
         return "asleep";
     case Place::Waiting:

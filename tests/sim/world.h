@@ -146,6 +146,9 @@ std::string preparedPath(const std::string& path);
 /** Installs the callback recorder when `start` wants it and this is the first look at the kernel's tables. */
 void installAtFirstLook(const std::string& path);
 
+/** Waits until `fd` has input, for good if need be; meanwhile the thread counts as quiet. */
+void waitForInput(int fd);
+
 /** Answers a route dump, datagram by datagram. */
 std::vector<std::string> dumpRoutes();
 /** Drops what the calling thread logs. */
@@ -157,6 +160,8 @@ void passTicks(int count);
 // The world is held for all that follow.
 
 KernelIface* findIface(const std::string& name);
+void addKernelIface(const std::string& name);
+void removeKernelIface(const std::string& name);
 KernelIface& ifaceOrFail(const std::string& name);
 void clearAddress(KernelIface& iface);
 void dropRoutes(const std::string& ifname);
