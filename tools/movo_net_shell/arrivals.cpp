@@ -13,7 +13,8 @@ namespace {
 constexpr int kInterruptedStatus = 130;
 
 std::mutex s_lock;
-std::vector<Arrival> s_arrivals; // guarded by s_lock
+std::vector<Arrival> s_arrivals;   // guarded by s_lock
+Softap_Connection_info_t s_device; // guarded by s_lock
 
 std::atomic<bool> s_interrupted;        // lock-free, for the signal handler
 std::atomic<int> s_wakeDescriptor = -1; // made by the shell's thread before anybody wakes it
@@ -35,6 +36,9 @@ void onCallback(MovoNetCBReason_e reason, void* /*context*/, void* param)
     {
         const std::lock_guard lock(s_lock);
         s_arrivals.push_back({std::chrono::duration_cast<std::chrono::milliseconds>(now), reason, ifname});
+        if (reason == _MOVO_NET_CALLBACK_SOFTAPCONNECTED_) {
+            s_device = softap_connectinfo; // may be read only here
+        }
     }
     wake();
 }
@@ -43,6 +47,12 @@ std::vector<Arrival> takeArrivals()
 {
     const std::lock_guard lock(s_lock);
     return std::exchange(s_arrivals, {});
+}
+
+Softap_Connection_info_t lastDevice()
+{
+    const std::lock_guard lock(s_lock);
+    return s_device;
 }
 
 int wakeDescriptor()

@@ -21,6 +21,9 @@ void onCallback(MovoNetCBReason_e reason, void* context, void* param);
 /** What has arrived since the last call. Any thread. */
 std::vector<Arrival> takeArrivals();
 
+/** The soft access point's device as it was when it was last told of; empty texts before. Any thread. */
+Softap_Connection_info_t lastDevice();
+
 /** Readable from a `wake` until `sleepAgain`. */
 int wakeDescriptor();
 void wake();

@@ -20,8 +20,8 @@ const std::vector<Command>& allCommands()
 {
     static const std::vector<Command> commands = [] {
         std::vector<Command> all;
-        for (const auto part :
-             {scriptCommands(), glueCommands(), statusCommands(), ifaceCommands(), ipCommands(), wifiCommands()}) {
+        for (const auto part : {scriptCommands(), glueCommands(), statusCommands(), ifaceCommands(), ipCommands(),
+                                wifiCommands(), apCommands()}) {
             all.insert(all.end(), part.begin(), part.end());
         }
         return all;

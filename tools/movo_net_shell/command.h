@@ -34,6 +34,7 @@ std::span<const Command> glueCommands();
 std::span<const Command> ifaceCommands();
 std::span<const Command> ipCommands();
 std::span<const Command> wifiCommands();
+std::span<const Command> apCommands();
 std::span<const Command> statusCommands();
 
 /** Every command, in the order of the help. */

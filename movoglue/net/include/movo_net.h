@@ -4,6 +4,7 @@
 
 #include "movo_net_core.h"
 #include "movo_net_ess.h"
+#include "movo_net_hostap.h"
 #include "movo_net_iface.h"
 #include "movo_net_ip.h"
 #include "movo_net_types.h"

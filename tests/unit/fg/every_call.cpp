@@ -121,6 +121,28 @@ void allot(sim::Set&, const char*)
     (void)Movo_NET_SetResourceAllocation(PLFRes_netlink, 1, &client);
 }
 
+/** One that ends early: the set makes no second interface. */
+void startAccessPoint(sim::Set& set, const char*)
+{
+    static std::atomic<bool> told;
+    if (!told.exchange(true)) {
+        set.onCommand("/bin/wpa_cli ").fails();
+    }
+    (void)Movo_Net_WiFi_HostAP_Start(0);
+}
+
+void describeAccessPoint(sim::Set&, const char*)
+{
+    MovoHotspotconfig_t config{};
+    (void)Movo_Net_WiFi_HostAP_Config(0, &config);
+}
+
+void armWakeUp(sim::Set&, const char*)
+{
+    char ignored[] = "mlan0";
+    (void)Movo_Net_WiFi_Wakeup(0, ignored, 1);
+}
+
 void allotNone(sim::Set&, const char*)
 {
     kest_sint32 client = 1;
@@ -169,6 +191,12 @@ std::vector<PublicCall> generalCalls()
         simple(NAMED(Movo_NET_IsNetworkOK)),
         {"Movo_NET_ConfigIPStatic", configureStatic},
         {"Movo_NET_ConfigIPMode", configureMode},
+
+        {"Movo_Net_WiFi_HostAP_Start", startAccessPoint},
+        simple(NAMED(Movo_Net_WiFi_HostAP_Stop)),
+        simple(NAMED(Movo_Net_WiFi_HostAP_Status)),
+        {"Movo_Net_WiFi_HostAP_Config", describeAccessPoint},
+        {"Movo_Net_WiFi_Wakeup", armWakeUp},
 
         doing(NAMED(Movo_NET_ClearIP)),
         doing(NAMED(Movo_NET_DisableIface)),
