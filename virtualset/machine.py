@@ -65,12 +65,14 @@ class VirtualSet:
     nics   What each of eth0, eth1, ... is plugged into: "user" is a home network made by QEMU (DHCP server, gateway
            and resolver at 10.0.2.2 and 10.0.2.3), "cable" is a cable whose far end is the interface "far" in the
            machine's network namespace cable0, cable1, ...
+    chip   Whether a USB device stands for a Wi-Fi chip; `Air` gives it its radio.
     limit  Seconds after which the machine is killed, whatever it does.
     data   Folder of this computer that is the machine's /data and outlives it; without one /data is gone at its end.
     """
 
-    def __init__(self, nics=("user",), limit=300, data=None, folder=CACHE / "set"):
+    def __init__(self, nics=("user",), chip=False, limit=300, data=None, folder=CACHE / "set"):
         self.nics = list(nics)
+        self.chip = chip
         self.data = data
         self.limit = limit
         self.folder = folder
@@ -232,6 +234,8 @@ class VirtualSet:
             line += _folder("data", self.data, "off")
         for number, plug in enumerate(self.nics):
             line += _nic(number, plug)
+        if self.chip:
+            line += ["-usb", "-device", "usb-tablet"]    # 0627:0001 for lsusb
         return line
 
 

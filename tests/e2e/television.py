@@ -11,7 +11,7 @@ for nic in eth0 eth1; do
 done
 rm -rf /tmp/dhcp /tmp/dhcpnotify.pipe.* /tmp/NotifyNtpclient /etc/dhcpc/* /var/lib/dhcpcd/* /run/dhcpcd
 : > /etc/resolv.conf
-cp /movo/board/* /system/bin/
+find /movo/board -maxdepth 1 -type f -exec cp {} /system/bin/ +
 """
 
 STOP = """

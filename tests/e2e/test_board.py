@@ -2,6 +2,7 @@
 
 import os
 import pathlib
+import re
 import subprocess
 
 import pytest
@@ -74,3 +75,27 @@ def test_wl_writes_down_each_call(run):
     assert run("wl", "wowl", "1") == (0, "")
     assert run("wl", "wowl_activate") == (0, "")
     assert run.files["WL_JOURNAL"].read_text() == "wowl 1\nwowl_activate\n"
+
+
+def chips_of_the_daemon():
+    """Driver, USB device and supplicant variables of each chip, from the daemon's own table."""
+    table = (BOARD.parent / "movoglue/net/movo_net_fl_wifi/device.cpp").read_text()
+    row = r'\{_MOVO_NET_WIFI_\w+,\s+"(\w+)",\s+"(\w+)",\s+"(\w+)"\}'
+    return sorted(re.findall(row, table))
+
+
+def test_each_chip_has_a_file_with_its_variables():
+    chips = []
+    for path in (BOARD / "chips").iterdir():
+        values = dict(re.findall(r"^(\w+)='?(.*?)'?$", path.read_text(), re.M))
+        device, driver, supplicant = values
+        assert values[supplicant].count("%s") == 3
+        assert len(values[supplicant].replace("%s", "mlan0")) + len("/etc/wpa_supplicant.conf") < 148
+        chips.append((driver, device, supplicant))
+    assert len(chips) == 6
+    assert sorted(chips) == chips_of_the_daemon()
+
+
+def test_launch_fails_without_a_chip_it_knows(run):
+    assert run("launch", "nochip", "true")[0] == 2
+    assert run("launch", "brcm_43569")[0] == 2

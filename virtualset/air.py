@@ -1,0 +1,48 @@
+"""The air around a television: access points that come and go, from a world described in files.
+
+    with VirtualSet(chip=True) as tv:
+        air = Air(tv, "home")
+        air.appear()
+        tv.spawn(launch(DAEMON))
+        air.vanish("street")
+
+worlds/NAME/*.conf has one access point a file, in hostapd's own language; guest/access_point tells about addresses.
+"""
+
+import pathlib
+
+WORLDS = pathlib.Path(__file__).parent / "worlds"
+SPARE_RADIOS = 1    # for whoever wants to be a phone
+CHIP = "brcm_43569"
+
+
+def launch(command, chip=CHIP):
+    """The command line that starts a program as a set with this chip does."""
+    return f"/movo/board/launch {chip} {command}"
+
+
+class Air:
+    """One world of access points, around a VirtualSet with a chip; all of them are off at first."""
+
+    def __init__(self, machine, world="home"):
+        self.machine = machine
+        self.world = world
+        self.names = sorted(path.stem for path in (WORLDS / world).glob("*.conf"))
+        machine.check(f"/movo/virtualset/guest/radios {len(self.names) + SPARE_RADIOS}")
+
+    def appear(self, *names):
+        """Switches access points on, all of them unless some are named."""
+        self._tell(names, "start")
+
+    def vanish(self, *names):
+        """Cuts the power of access points."""
+        self._tell(names, "stop")
+
+    def run(self, command, seconds=60):
+        """Runs a command at the far end: in the namespace of the access points."""
+        return self.machine.run(f"ip netns exec air {command}", seconds)
+
+    def _tell(self, names, word):
+        folder = f"/movo/virtualset/worlds/{self.world}"
+        calls = [f"/movo/virtualset/guest/access_point {folder}/{name}.conf {word}" for name in names or self.names]
+        self.machine.check(" && ".join(calls))
