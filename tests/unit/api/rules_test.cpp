@@ -90,7 +90,6 @@ const std::vector<ByName> kByName{
     {"Movo_NET_IsConnected", [](const char* name) { return Movo_NET_IsConnected(0, name, &s_bool); }, 1, 1,
      KEST_LEVEL_INFO},
     {"Movo_NET_ClearIP", [](const char* name) { return Movo_NET_ClearIP(0, name); }},
-    {"Movo_NET_WifiDisConnect", [](const char* name) { return Movo_NET_WifiDisConnect(0, name); }},
 };
 
 class CallByName : public testing::TestWithParam<ByName> {

@@ -256,27 +256,4 @@ TEST(ClearIP, LeavesOtherTypesAlone)
     EXPECT_EQ(odd.isConnected, 1);
     EXPECT_TRUE(layer.set.commands().empty());
 }
-
-TEST(WifiDisConnect, OfAnInterfaceThatIsNotWireless)
-{
-    Layer layer;
-    layer.add("eth0").funcs.WifiDisConnect = disconnected;
-    EXPECT_EQ(Movo_NET_WifiDisConnect(0, "eth0"), 1);
-    EXPECT_EQ(said(layer.set), Lines{"ERROR Movo_NET_WifiDisConnect: ifname is not wifi: eth0\n"});
-}
-
-TEST(WifiDisConnect, OfABackEndWithoutThatOperation)
-{
-    Layer layer;
-    layer.add("wlan0", _MOVO_NET_IFACE_WIFI_).funcs.WifiDisConnect = nullptr;
-    EXPECT_EQ(Movo_NET_WifiDisConnect(0, "wlan0"), 5);
-    EXPECT_EQ(said(layer.set), Lines{});
-}
-
-TEST(WifiDisConnect, IsWhatTheBackEndDoes)
-{
-    Layer layer;
-    layer.add("wlan0", _MOVO_NET_IFACE_WIFI_).funcs.WifiDisConnect = disconnected;
-    EXPECT_EQ(Movo_NET_WifiDisConnect(0, "wlan0"), 17);
-}
 } // namespace
