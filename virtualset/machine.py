@@ -64,7 +64,8 @@ class VirtualSet:
 
     nics   What each of eth0, eth1, ... is plugged into: "user" is a home network made by QEMU (DHCP server, gateway
            and resolver at 10.0.2.2 and 10.0.2.3), "cable" is a cable whose far end is the interface "far" in the
-           machine's network namespace cable0, cable1, ...
+           machine's network namespace cable0, cable1, ..., "wakeable" is as "user", with a card that can be told to wake
+           the set; the others cannot.
     chip   Whether a USB device stands for a Wi-Fi chip; `Air` gives it its radio.
     limit  Seconds after which the machine is killed, whatever it does.
     data   Folder of this computer that is the machine's /data and outlives it; without one /data is gone at its end.
@@ -245,9 +246,10 @@ def _folder(tag, path, readonly):
 
 
 def _nic(number, plug):
-    network = {"user": "user,ipv6=off", "cable": f"hubport,hubid={number}"}[plug]
+    network = f"hubport,hubid={number}" if plug == "cable" else "user,ipv6=off"
+    card = "i82558b" if plug == "wakeable" else "e1000"
     line = ["-netdev", f"{network},id=net{number}",
-            "-device", f"e1000,id=eth{number},netdev=net{number},romfile="]
+            "-device", f"{card},id=eth{number},netdev=net{number},romfile="]
     if plug == "cable":
         line += ["-netdev", f"hubport,hubid={number},id=far{number}",
                  "-device", f"virtio-net-pci,netdev=far{number},romfile=,mac=52:54:00:ff:00:{number:02x}"]

@@ -3,13 +3,15 @@
 import re
 import time
 
+SHELL = "/movo/build/release/tools/movo_net_shell/movo_net_shell --programs /movo/virtualset/guest/commands"
+
 RESET = """
 ip route flush table main
 for nic in eth0 eth1; do
     ip address flush dev $nic
     ip link set $nic down
 done
-rm -rf /tmp/dhcp /tmp/dhcpnotify.pipe.* /tmp/NotifyNtpclient /etc/dhcpc/* /var/lib/dhcpcd/* /run/dhcpcd
+rm -rf /data/tv/save/* /tmp/dhcp /tmp/dhcpnotify.pipe.* /tmp/NotifyNtpclient /etc/dhcpc/* /var/lib/dhcpcd/* /run/dhcpcd
 : > /etc/resolv.conf
 find /movo/board -maxdepth 1 -type f -exec cp {} /system/bin/ +
 """
@@ -36,13 +38,20 @@ class Television:
         self.machine.check(RESET)
 
     def switch_off(self):
-        names = "recovery_net callback_app dhcpcd"
+        names = "recovery_net callback_app movo_net_shell dhcpcd"
         self.machine.check(f"set -- {names}\n{STOP}")
 
     def start(self, program="recovery_net"):
         """Starts the daemon, or the test application, which also prints the callbacks."""
         folder = {"recovery_net": "recovery", "callback_app": "tests/e2e"}[program]
         self.machine.spawn(f"env KEST_DEBUG=3 /movo/build/release/{folder}/{program}")
+
+    def play(self, script, status=0, seconds=90):
+        """Runs a script of movo_net_shell in place of the daemon, until it ends with the status; returns its output."""
+        self.machine.write("/tmp/script", script.encode())
+        ended, output = self.machine.run(f"KEST_DEBUG=3 {SHELL} < /tmp/script 2> /run/log", seconds)
+        assert ended == status, output
+        return output
 
     def serve(self, number, lease_seconds=3600):
         self.machine.check(f"/movo/virtualset/guest/dhcp_server {number} start {lease_seconds}")
