@@ -9,11 +9,16 @@ void record(MovoNetCBReason_e reason, void* /*context*/, void* parameter)
 {
     // An interface record begins with its name.
     const std::string ifname = parameter != nullptr ? static_cast<const char*>(parameter) : "";
+    std::function<void(MovoNetCBReason_e, void*)> watcher;
     std::function<void(MovoNetCBReason_e, void*)> action;
     {
         const Hold hold;
         world().records.callbacks.push_back({reason, ifname, self().kind});
+        watcher = world().records.watcher;
         action = world().records.onCallback;
+    }
+    if (watcher) {
+        watcher(reason, parameter);
     }
     if (action) {
         action(reason, parameter);
@@ -55,6 +60,12 @@ void Set::onCallback(std::function<void(MovoNetCBReason_e, void*)> action)
 {
     const Hold hold;
     world().records.onCallback = std::move(action);
+}
+
+void Set::watchCallbacks(std::function<void(MovoNetCBReason_e, void*)> watcher)
+{
+    const Hold hold;
+    world().records.watcher = std::move(watcher);
 }
 
 std::vector<Called> Set::callbacks() const

@@ -1,12 +1,15 @@
+#include "sim/flash.h"
 #include "sim/world.h"
 
 #include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <fcntl.h>
 #include <filesystem>
 #include <sstream>
 #include <sys/stat.h>
+#include <unistd.h>
 
 // The programs of the set, as far as the product uses them. The world is held.
 
@@ -139,6 +142,27 @@ int wpaCli(const Words& words)
     return kDone;
 }
 
+/** "cat FROM > TO": the shell empties the second file before the first one is looked at. */
+int concatenate(const Words& words)
+{
+    if (words.size() != 4 || words[2] != ">") {
+        return kFailed;
+    }
+    const int fd = open(realPath(words[3]).c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+    if (fd < 0) {
+        return kFailed;
+    }
+    noteFileCall(Call::Open, fd, words[3]);
+    const auto contents = readFile(words[1]);
+    bool copied = contents.has_value();
+    if (copied && !contents->empty()) {
+        copied = write(fd, contents->data(), contents->size()) == static_cast<ssize_t>(contents->size());
+        noteFileCall(Call::Write, fd, words[3]);
+    }
+    (void)close(fd);
+    return copied ? kDone : kFailed;
+}
+
 int runWords(const Words& words)
 {
     struct Program {
@@ -147,9 +171,9 @@ int runWords(const Words& words)
     };
     const auto succeeds = [](const Words&) { return kDone; };
     const Program programs[] = {
-        {"netcfg", netcfg},  {"ifconfig", ifconfig}, {"route", route}, {"kill", kill},
-        {"rm", removeFiles}, {"chmod", changeMode},  {"cp", copy},     {"/bin/wpa_cli", wpaCli},
-        {"sync", succeeds},  {"setprop", succeeds},  {"wl", succeeds},
+        {"netcfg", netcfg},   {"ifconfig", ifconfig}, {"route", route},      {"kill", kill},
+        {"rm", removeFiles},  {"chmod", changeMode},  {"cp", copy},          {"/bin/wpa_cli", wpaCli},
+        {"cat", concatenate}, {"sync", succeeds},     {"setprop", succeeds}, {"wl", succeeds},
     };
     if (words.empty()) {
         return kDone;

@@ -113,6 +113,8 @@ public:
     void recordCallbacks();
     /** Also called on each callback, on its thread, after it was recorded; nothing of the set is locked. */
     void onCallback(std::function<void(MovoNetCBReason_e, void*)> action);
+    /** The same for a watcher that stands beside whatever the test does in a callback; called before that. */
+    void watchCallbacks(std::function<void(MovoNetCBReason_e, void*)> watcher);
 
     // --- Faults ---
 

@@ -136,6 +136,7 @@ struct Records {
     std::vector<Signal> signals;
     std::vector<std::string> netlinkRequests;
     std::function<void(MovoNetCBReason_e, void*)> onCallback;
+    std::function<void(MovoNetCBReason_e, void*)> watcher;
     bool installAtFirstLook = false;
 };
 

@@ -1,4 +1,4 @@
-#include "supplicant.h"
+#include "bench.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
+#include "bench.h"
 #include "movo_net_fl_wifi/device.h"
-#include "supplicant.h"
 
 #include <gtest/gtest.h>
 

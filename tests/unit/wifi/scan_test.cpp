@@ -1,5 +1,5 @@
+#include "bench.h"
 #include "movo_net_fl_wpactrl/flags.h"
-#include "supplicant.h"
 
 #include <gtest/gtest.h>
 

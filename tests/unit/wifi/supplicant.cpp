@@ -1,81 +1,202 @@
 #include "supplicant.h"
 
-#include "movo_net_fl_eventloop/eventloop.h"
-
+#include <algorithm>
 #include <cstring>
-#include <fstream>
-#include <sstream>
 #include <sys/eventfd.h>
 #include <unistd.h>
 #include <wpa_ctrl.h>
 
-namespace {
-wifi::Supplicant* s_supplicant;
-
-std::string answer(const std::string& command)
-{
-    const auto found = s_supplicant->replies.find(command);
-    if (found == s_supplicant->replies.end()) {
-        return "OK\n";
-    }
-    const std::string reply = found->second.front();
-    if (found->second.size() > 1) {
-        found->second.pop_front();
-    }
-    return reply;
-}
-} // namespace
-
 struct wpa_ctrl {
-    int fd;
+    int fd; // readable while messages wait, of a monitor
+    bool isMonitor;
 };
+
+namespace wifi {
+namespace {
+Supplicant* s_supplicant;
+}
+
+/** The client library's side of the supplicant. */
+struct Library {
+    Supplicant& supplicant = *s_supplicant;
+    const std::lock_guard<std::recursive_mutex> lock{supplicant.m_lock};
+
+    wpa_ctrl* open(const char* path)
+    {
+        supplicant.opened.emplace_back(path);
+        if (supplicant.openGrants > 0) {
+            --supplicant.openGrants;
+        } else if (supplicant.openFailures > 0) {
+            --supplicant.openFailures;
+            return nullptr;
+        }
+        if (!supplicant.m_alive) {
+            return nullptr;
+        }
+        supplicant.m_open.push_back(new wpa_ctrl{eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK), false});
+        return supplicant.m_open.back();
+    }
+
+    void close(wpa_ctrl* connection)
+    {
+        ++supplicant.closed;
+        std::erase(supplicant.m_open, connection);
+        (void)::close(connection->fd);
+        delete connection;
+    }
+
+    int request(const std::string& command, char* reply, std::size_t* room)
+    {
+        supplicant.commands.push_back(command);
+        std::string text;
+        const int result = answer(command, text);
+        if (result == 0) {
+            *room = std::min(*room, text.size());
+            std::memcpy(reply, text.data(), *room);
+        }
+        const bool isPin = command.starts_with("WPS_PIN any ");
+        const bool taken = result == 0 && (isPin ? command.ends_with(text) && !text.empty() : text.starts_with("OK"));
+        supplicant.attempts.command(command, taken);
+        return result;
+    }
+
+    int attach(wpa_ctrl* connection)
+    {
+        ++supplicant.attached;
+        if (supplicant.attachFails || !supplicant.m_alive) {
+            return -1;
+        }
+        connection->isMonitor = true;
+        return 0;
+    }
+
+    int detach()
+    {
+        ++supplicant.detached;
+        return supplicant.m_alive ? 0 : -1;
+    }
+
+    int pending() const { return supplicant.events.empty() ? supplicant.pendingAtEnd : 1; }
+
+    int receive(const wpa_ctrl& connection, char* buffer, std::size_t* room)
+    {
+        std::uint64_t count = 0;
+        (void)!read(connection.fd, &count, sizeof(count));
+        if (supplicant.receiveFails || supplicant.events.empty()) {
+            return -1;
+        }
+        const std::string text = supplicant.events.front();
+        supplicant.events.pop_front();
+        *room = std::min(*room, text.size());
+        std::memcpy(buffer, text.data(), *room);
+        return 0;
+    }
+
+private:
+    int answer(const std::string& command, std::string& text)
+    {
+        int result = supplicant.m_alive ? 0 : -1;
+        if (!supplicant.results.empty()) {
+            result = supplicant.results.front();
+            supplicant.results.pop_front();
+        }
+        if (supplicant.onCommand) {
+            supplicant.onCommand(command);
+        }
+        const auto found = supplicant.replies.find(command);
+        if (result != 0 || found == supplicant.replies.end()) {
+            text = "OK\n";
+            return result;
+        }
+        text = found->second.front();
+        if (found->second.size() > 1) {
+            found->second.pop_front();
+        }
+        return 0;
+    }
+};
+
+Supplicant::Supplicant(std::function<MovoNetIface_t*()> iface)
+    : attempts(std::move(iface), [this] {
+          const std::lock_guard guard(m_lock);
+          return m_alive && std::ranges::any_of(m_open, [](const wpa_ctrl* each) { return !each->isMonitor; });
+      })
+{
+    s_supplicant = this;
+    replies["ADD_NETWORK"] = {"0\n"};
+}
+
+Supplicant::~Supplicant()
+{
+    for (wpa_ctrl* left : m_open) { // a stop of the glue leaves them to the end of the process
+        (void)close(left->fd);
+        delete left;
+    }
+    s_supplicant = nullptr;
+}
+
+void Supplicant::says(const Lines& messages)
+{
+    const std::lock_guard guard(m_lock);
+    const auto monitor = std::ranges::find_if(m_open, [](const wpa_ctrl* each) { return each->isMonitor; });
+    if (monitor != m_open.end() && m_alive) {
+        events.insert(events.end(), messages.begin(), messages.end());
+        const std::uint64_t one = 1;
+        (void)!write((*monitor)->fd, &one, sizeof(one));
+    }
+}
+
+void Supplicant::lives(bool alive)
+{
+    const std::lock_guard guard(m_lock);
+    m_alive = alive;
+    events.clear();
+}
+
+bool Supplicant::isAlive() const
+{
+    const std::lock_guard guard(m_lock);
+    return m_alive;
+}
+
+int Supplicant::connections() const
+{
+    const std::lock_guard guard(m_lock);
+    return static_cast<int>(m_open.size());
+}
+
+Lines sent(Supplicant& supplicant)
+{
+    return std::exchange(supplicant.commands, {});
+}
+} // namespace wifi
+
+using wifi::Library;
 
 wpa_ctrl* wpa_ctrl_open(const char* path)
 {
-    s_supplicant->opened.emplace_back(path);
-    if (s_supplicant->openGrants > 0) {
-        --s_supplicant->openGrants;
-    } else if (s_supplicant->openFailures > 0) {
-        --s_supplicant->openFailures;
-        return nullptr;
-    }
-    return new wpa_ctrl{eventfd(0, EFD_CLOEXEC)};
+    return Library().open(path);
 }
 
 void wpa_ctrl_close(wpa_ctrl* connection)
 {
-    ++s_supplicant->closed;
-    (void)close(connection->fd);
-    delete connection;
+    Library().close(connection);
 }
 
 int wpa_ctrl_request(wpa_ctrl* /*connection*/, const char* command, size_t length, char* reply, size_t* room,
                      void (* /*onMessage*/)(char*, size_t))
 {
-    s_supplicant->commands.emplace_back(command, length);
-    if (!s_supplicant->results.empty()) {
-        const int result = s_supplicant->results.front();
-        s_supplicant->results.pop_front();
-        if (result != 0) {
-            return result;
-        }
-    }
-    const std::string text = answer(s_supplicant->commands.back());
-    *room = std::min(*room, text.size());
-    std::memcpy(reply, text.data(), *room);
-    return 0;
+    return Library().request(std::string(command, length), reply, room);
 }
 
-int wpa_ctrl_attach(wpa_ctrl* /*connection*/)
+int wpa_ctrl_attach(wpa_ctrl* connection)
 {
-    ++s_supplicant->attached;
-    return s_supplicant->attachFails ? -1 : 0;
+    return Library().attach(connection);
 }
 
 int wpa_ctrl_detach(wpa_ctrl* /*connection*/)
 {
-    ++s_supplicant->detached;
-    return 0;
+    return Library().detach();
 }
 
 int wpa_ctrl_get_fd(wpa_ctrl* connection)
@@ -85,107 +206,10 @@ int wpa_ctrl_get_fd(wpa_ctrl* connection)
 
 int wpa_ctrl_pending(wpa_ctrl* /*connection*/)
 {
-    return s_supplicant->events.empty() ? s_supplicant->pendingAtEnd : 1;
+    return Library().pending();
 }
 
-int wpa_ctrl_recv(wpa_ctrl* /*connection*/, char* buffer, size_t* room)
+int wpa_ctrl_recv(wpa_ctrl* connection, char* buffer, size_t* room)
 {
-    if (s_supplicant->receiveFails) {
-        return -1;
-    }
-    const std::string text = s_supplicant->events.front();
-    s_supplicant->events.pop_front();
-    *room = std::min(*room, text.size());
-    std::memcpy(buffer, text.data(), *room);
-    return 0;
+    return Library().receive(*connection, buffer, room);
 }
-
-using namespace movonet;
-
-namespace wifi {
-Supplicant::Supplicant()
-{
-    s_supplicant = this;
-    replies["ADD_NETWORK"] = {"0\n"};
-}
-
-Supplicant::~Supplicant()
-{
-    s_supplicant = nullptr;
-}
-
-Lines sent(Supplicant& supplicant)
-{
-    return std::exchange(supplicant.commands, {});
-}
-
-Bench::Bench()
-{
-    set.addIface("mlan0").wireless();
-    set.startLoop();
-    set.recordCallbacks();
-    set.onCommand("cat ").prints("");
-    std::strcpy(iface.name, "mlan0");
-    iface.type = _MOVO_NET_IFACE_WIFI_;
-    iface.dhcpcfd = -1;
-    EXPECT_EQ(int_Movo_Net_InitWifi(&iface), 0);
-    EXPECT_EQ(Wpactrl_Init(&link(), iface.name), 0);
-    iface.isActived = 1;
-    set.forget();
-}
-
-Bench::~Bench()
-{
-    set.stopLoop();
-    closeCommandConnection(link());
-    closeMonitorConnection(link());
-    discardWifi(iface);
-}
-
-MovNetWifiEssItem_t& Bench::list(const std::string& name, MovoNetWifiSecurity_e security,
-                                 MovoNetWifiEncryption_e cipher, const std::string& key)
-{
-    MovNetWifiEssItem_t& ess = wifi().esss[wifi().esss_num++];
-    name.copy(ess.essid, MOVO_NET_ESSID_LENGTH);
-    key.copy(ess.Key, MOVO_NET_KEY_LENGTH);
-    ess.securityType = security;
-    ess.encrypType = cipher;
-    return ess;
-}
-
-RETURN_TYPE Bench::hear(const Lines& messages)
-{
-    supplicant.events.insert(supplicant.events.end(), messages.begin(), messages.end());
-    const LoopGate gate; // handlers run with the loop's lock held
-    return OnWpactrlEventRev(link().fd, &iface, 0);
-}
-
-void Bench::connect()
-{
-    MovNetWifiEssItem_t& ess =
-        list("My Home Net", _MOVO_NET_WIFI_SECURITY_WPA2_PSK_, _MOVO_NET_WIFI_ENCRYP_AES_, "correct horse");
-    EXPECT_EQ(int_Movo_Net_Wpactrl_Connect(&iface, &ess), 0);
-    (void)sent(supplicant);
-    set.forget();
-}
-
-Lines told(const sim::Set& set, int level)
-{
-    Lines lines;
-    for (const sim::LogLine& line : set.log()) {
-        if (line.level == level) {
-            lines.push_back(line.function + ": " + line.text);
-        }
-    }
-    return lines;
-}
-
-std::string fixture(const std::string& name)
-{
-    std::ifstream file(FIXTURE_FOLDER "/" + name);
-    EXPECT_TRUE(file) << name;
-    std::stringstream text;
-    text << file.rdbuf();
-    return text.str();
-}
-} // namespace wifi

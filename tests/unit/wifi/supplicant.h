@@ -1,29 +1,37 @@
-/** A supplicant that speaks from a script, in place of its client library, and a wireless interface that is linked to
- * it. */
+/** A supplicant that speaks from a script, in place of its client library. */
 #ifndef UNIT_WIFI_SUPPLICANT_H
 #define UNIT_WIFI_SUPPLICANT_H
 
-#include "movo_net_fl_wifi/saved.h"
-#include "movo_net_fl_wifi/wifi.h"
-#include "movo_net_fl_wpactrl/connect.h"
+#include "attempts.h"
 #include "sim/sim.h"
 
-#include <cstring>
-
 #include <deque>
+#include <functional>
 #include <map>
+#include <mutex>
 #include <string>
 #include <vector>
+
+struct wpa_ctrl;
 
 namespace wifi {
 using Lines = std::vector<std::string>;
 
 /** What the client library is asked, and what it answers. One at a time: the calls have no argument to tell apart. */
 struct Supplicant {
-    Supplicant();
+    /** `iface` finds the record of the interface that it is for, or NULL. */
+    explicit Supplicant(std::function<MovoNetIface_t*()> iface);
     ~Supplicant();
     Supplicant(const Supplicant&) = delete;
     Supplicant& operator=(const Supplicant&) = delete;
+
+    /** Messages arrive on the monitor connection, if there is one: the loop finds it readable. */
+    void says(const Lines& messages);
+    /** It runs, or ends: then nothing opens or answers. */
+    void lives(bool alive);
+    bool isAlive() const;
+    /** Connections that are open. */
+    int connections() const;
 
     /** Replies to a command, one a request, the last one for good. Others are answered "OK". */
     std::map<std::string, std::deque<std::string>> replies;
@@ -36,44 +44,27 @@ struct Supplicant {
     bool attachFails = false;
     bool receiveFails = false;
     int pendingAtEnd = 0; ///< What is told of a connection without messages.
+    /** Runs before a command is answered, on the caller's thread. */
+    std::function<void(const std::string& command)> onCommand;
 
     Lines commands; ///< As they were sent.
     Lines opened;   ///< Paths.
     int closed = 0;
     int attached = 0;
     int detached = 0;
+
+    Attempts attempts;
+
+private:
+    friend struct Library;
+
+    mutable std::recursive_mutex m_lock; // requests come from several threads
+    bool m_alive = true;
+    std::vector<wpa_ctrl*> m_open;
 };
 
 /** The commands of a supplicant since the last time. */
 Lines sent(Supplicant& supplicant);
-
-/** A set whose loop runs, with an active mlan0 whose link is open. */
-struct Bench {
-    Bench();
-    ~Bench();
-    Bench(const Bench&) = delete;
-    Bench& operator=(const Bench&) = delete;
-
-    Wpactrl_t& link() { return *wpactrl_iface(&iface); }
-    MovoNetWifi_t& wifi() { return *wifi_iface(&iface); }
-    /** Puts a network into the table. */
-    MovNetWifiEssItem_t& list(const std::string& name, MovoNetWifiSecurity_e security, MovoNetWifiEncryption_e cipher,
-                              const std::string& key = "");
-    /** Messages arrive, and the handler of the monitor connection is called. */
-    RETURN_TYPE hear(const Lines& messages);
-    /** A connection to a WPA2 network with a key, up to its commands; they are forgotten. */
-    void connect();
-
-    sim::Set set;
-    Supplicant supplicant;
-    MovoNetIface_t iface{};
-};
-
-/** The messages of one level of the set, "function: text". */
-Lines told(const sim::Set& set, int level);
-
-/** The whole of a file of tests/fixtures. */
-std::string fixture(const std::string& name);
 } // namespace wifi
 
 #endif

@@ -1,0 +1,165 @@
+#include "attempts.h"
+
+#include "sim/world.h"
+#include "support/shared.h"
+
+#include <sstream>
+
+namespace wifi {
+namespace {
+constexpr std::size_t kMostSeen = 12;
+
+bool beginsAttempt(const std::string& command)
+{
+    const bool enables = command.starts_with("ENABLE_NETWORK  "); // two blanks: a connection, one: a reset
+    return enables || command == "WPS_PBC any" || command.starts_with("WPS_PIN any ");
+}
+} // namespace
+
+Attempts::Attempts(std::function<MovoNetIface_t*()> iface, std::function<bool()> linked)
+    : m_iface(std::move(iface)), m_linked(std::move(linked))
+{
+}
+
+void Attempts::command(const std::string& text, bool taken)
+{
+    const std::lock_guard lock(m_lock);
+    note(text + (taken || !beginsAttempt(text) ? "" : " (refused)"));
+    if (text == "REMOVE_NETWORK ALL") {
+        // A hidden search ends with the same words, which take nothing back from an attempt made meanwhile.
+        const Wpactrl_t* link = wpactrl_iface(m_iface());
+        if (link == nullptr || movonet::get(link->connectStatus) == WPACTRL_STATUS_NONE) {
+            removed();
+        }
+    } else if (text == "DISABLE_NETWORK 0") {
+        m_stage = Stage::Trying; // the supplicant tries its network anew
+    } else if (taken && beginsAttempt(text)) {
+        begin();
+    }
+}
+
+void Attempts::callback(MovoNetCBReason_e reason)
+{
+    const std::lock_guard lock(m_lock);
+    std::ostringstream name;
+    name << sim::Called{reason};
+    note(name.str());
+    switch (reason) {
+    case sim::IFCONNECTED:
+        if (m_stage != Stage::Trying && m_linked()) {
+            complain("connected without an attempt");
+        }
+        end(End::Connected, Stage::Joined);
+        break;
+    case sim::WIFIBADKEY:
+        if (m_stage != Stage::Trying && m_linked()) {
+            complain("a bad key without an attempt");
+        }
+        end(End::BadKey, Stage::BadKey);
+        break;
+    case sim::WIFITIMEOUT:
+        timedOut();
+        break;
+    case sim::IFDISCONNECTED:
+        disconnected();
+        break;
+    default:
+        break;
+    }
+}
+
+void Attempts::finish()
+{
+    const std::lock_guard lock(m_lock);
+    if (m_stage == Stage::BadKey && m_linked()) {
+        complain("the network of a bad key was not removed");
+    }
+    m_wasTrying = false;
+}
+
+std::map<End, int> Attempts::ends() const
+{
+    const std::lock_guard lock(m_lock);
+    return m_ends;
+}
+
+void Attempts::lookAway()
+{
+    const std::lock_guard lock(m_lock);
+    m_looking = false;
+}
+
+void Attempts::begin()
+{
+    if (m_stage != Stage::None) {
+        complain("an attempt began over another network");
+    }
+    if (m_wasTrying) {
+        end(End::Replaced, Stage::None);
+    }
+    m_stage = Stage::Trying;
+    m_removed = m_left = false;
+}
+
+void Attempts::removed()
+{
+    m_wasTrying = m_wasTrying || m_stage == Stage::Trying;
+    m_stage = Stage::None;
+    m_removed = true;
+    m_left = false;
+}
+
+void Attempts::disconnected()
+{
+    if (m_removed) {
+        if (m_wasTrying) {
+            end(End::Left, Stage::None);
+        }
+        m_removed = false;
+        m_left = true;
+        return;
+    }
+    const MovoNetIface_t* iface = m_iface();
+    const bool addressed = iface != nullptr && movonet::get(iface->isConnected);
+    if (m_stage != Stage::Joined && !addressed && m_linked()) {
+        complain("disconnected from nothing");
+    }
+}
+
+void Attempts::timedOut()
+{
+    if (m_wasTrying || (m_stage == Stage::Trying && !m_linked())) {
+        end(End::TimeOut, Stage::None);
+    } else if (!m_left) { // left for want of an address is told as a time-out, too
+        complain("a time-out without an attempt");
+    }
+    m_left = m_removed = false;
+}
+
+void Attempts::end(End how, Stage next)
+{
+    ++m_ends[how];
+    m_wasTrying = false;
+    m_stage = next;
+}
+
+void Attempts::complain(const char* what)
+{
+    if (!m_looking) {
+        return;
+    }
+    std::string report = std::string("Wi-Fi: ") + what + ", after";
+    for (const std::string& seen : m_seen) {
+        report += "\n  " + seen;
+    }
+    sim::problem(report);
+}
+
+void Attempts::note(const std::string& seen)
+{
+    m_seen.push_back(seen);
+    if (m_seen.size() > kMostSeen) {
+        m_seen.pop_front();
+    }
+}
+} // namespace wifi

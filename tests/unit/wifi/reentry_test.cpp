@@ -1,0 +1,157 @@
+#include "television.h"
+
+#include "unit/fg/every_call.h"
+
+#include <atomic>
+#include <gtest/gtest.h>
+#include <movo_net.h>
+
+// A callback on behalf of the wireless interface may call every public function: it leaves, joins, scans, takes the
+// interface down and up again, from inside any event. What goes wrong here is a deadlock, which the watchdog ends, or
+// memory that is gone, which the sanitizers see.
+
+using namespace wifi;
+
+namespace {
+struct Happening {
+    const char* name;
+    std::function<void(Television&)> happens;
+    MovoNetCBReason_e reason; // of the callback that it causes
+};
+void PrintTo(const Happening& row, std::ostream* out)
+{
+    *out << row.name;
+}
+
+void join()
+{
+    EXPECT_EQ(Movo_NET_WifiConnectEss(0, "mlan0", "Net"), 0);
+}
+
+void connect(Television& television)
+{
+    join();
+    television.hears({kConnected});
+}
+
+const std::vector<Happening> kHappenings{
+    {"Connected", connect, sim::IFCONNECTED},
+    {"Lease",
+     [](Television& television) {
+         connect(television);
+         television.set.dhcp("mlan0").leases();
+     },
+     sim::DHCP_SUCCESS},
+    {"BadKey",
+     [](Television& television) {
+         join();
+         television.hears({kHandshake, kConnected, kDisconnected, kResults});
+     },
+     sim::WIFIBADKEY},
+    {"TimeOut",
+     [](Television& television) {
+         join();
+         television.set.grantTicks(301);
+     },
+     sim::WIFITIMEOUT},
+    {"LinkLost",
+     [](Television& television) {
+         connect(television);
+         television.hears({kDisconnected, kConnected, kResults});
+     },
+     sim::IFDISCONNECTED},
+    {"ScanEnd",
+     [](Television& television) {
+         EXPECT_EQ(Movo_NET_WifiScanEsss(0, "mlan0"), 0);
+         television.hears({kResults, kConnected});
+     },
+     sim::WIFISCANDONE},
+    {"ScanTimeout",
+     [](Television& television) {
+         EXPECT_EQ(Movo_NET_WifiScanEsss(0, "mlan0"), 0);
+         television.set.grantTicks(301);
+     },
+     sim::WIFISCANDONE},
+    {"HiddenFound",
+     [](Television& television) {
+         EXPECT_EQ(Movo_NET_WifiSearchHideEss(0, "mlan0", "Hidden"), 0);
+         television.hears({"<3>Trying to associate with 02:00:00:00:01:00 (SSID='Hidden' freq=2412 MHz)"});
+     },
+     sim::WIFISCANDONE},
+    {"Update", [](Television&) { EXPECT_EQ(Movo_NET_WifiUpdateEsss(0, "mlan0"), 0); }, sim::WIFIESSSUPDATED},
+    {"Leave", [](Television&) { EXPECT_EQ(Movo_NET_WifiDisConnect(0, "mlan0"), 0); }, sim::IFDISCONNECTED},
+};
+
+class InACallback : public testing::TestWithParam<Happening> {};
+
+TEST_P(InACallback, EverythingMayBeCalled)
+{
+    Television television;
+    television.startWith({{"Net", "[ESS]"}});
+    int calls = 0;
+    television.set.onCallback([&](MovoNetCBReason_e reason, void*) {
+        if (reason == GetParam().reason && calls++ == 0) {
+            callEverything(television.set, "mlan0");
+        }
+    });
+    GetParam().happens(television);
+    EXPECT_GE(calls, 1);
+    television.set.grantTicks(400);
+    EXPECT_LE(television.supplicant.connections(), 2);
+}
+
+/** One call at a time, so that those after it meet what it has left behind. */
+TEST_P(InACallback, EachCallMayBeTheOnlyOne)
+{
+    for (const PublicCall& each : everyCall()) {
+        const int failed = sim::forkedRun([&each] {
+            Television television;
+            television.startWith({{"Net", "[ESS]"}});
+            bool called = false;
+            television.set.onCallback([&](MovoNetCBReason_e reason, void*) {
+                if (reason == GetParam().reason && !called) {
+                    called = true;
+                    each.call(television.set, "mlan0");
+                }
+            });
+            GetParam().happens(television);
+            EXPECT_TRUE(called);
+            television.set.grantTicks(11);
+            EXPECT_LE(television.supplicant.connections(), 2);
+        });
+        EXPECT_EQ(failed, 0) << each.name;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Happenings, InACallback, testing::ValuesIn(kHappenings),
+                         [](const auto& row) { return row.param.name; });
+
+class Threads : public testing::TestWithParam<unsigned> {};
+
+TEST_P(Threads, ApplicationsCallEverythingWhileTheSupplicantTalks)
+{
+    Television television(GetParam());
+    television.startWith({{"Net", "[ESS]"}});
+    television.supplicant.attempts.lookAway();
+    std::atomic<int> left = 10; // each causes further callbacks, on further threads
+    television.set.onCallback([&](MovoNetCBReason_e, void*) {
+        if (left-- > 0) {
+            callEverything(television.set, "mlan0");
+        }
+    });
+    for (int thread = 0; thread < 2; ++thread) {
+        television.set.background([&television] {
+            for (int round = 0; round < 3; ++round) {
+                callEverything(television.set, "mlan0");
+            }
+        });
+    }
+    for (int round = 0; round < 10; ++round) {
+        television.supplicant.says({kConnected, kHandshake, kDisconnected, kResults});
+        television.set.grantTicks(5);
+    }
+    television.set.joinBackground();
+    EXPECT_LE(television.supplicant.connections(), 2);
+}
+INSTANTIATE_TEST_SUITE_P(Seeds, Threads, testing::Range(1U, 5U));
+} // namespace
