@@ -1,0 +1,193 @@
+#include "bench.h"
+
+#include "movo_net_fg/fg.h"
+
+#include <atomic>
+
+using namespace hostap;
+
+// Starts, stops, devices and questions at once.
+
+namespace {
+constexpr const char* kLease = "1795206803 02:00:00:00:02:00 192.168.255.182 phone1 *\n";
+
+class SoftApRace : public testing::TestWithParam<unsigned> {
+protected:
+    Bench bench{GetParam()};
+};
+INSTANTIATE_TEST_SUITE_P(Seeds, SoftApRace, testing::Range(0U, 9U));
+
+/** The second watch takes the first one's pipe away; one that meets the other half-way gives up and tells so. */
+TEST_P(SoftApRace, KeepsTwoStartsAtOnceEachWithItsWatch)
+{
+    bench.set.addIface("bcm0");
+    bench.set.holdSleeps(1000);
+    bench.set.onCommand(kGetName).prints("\n").times(2); // both wait for a name
+    EXPECT_EQ(Movo_Net_WiFi_HostAP_Start(0), 0);
+    EXPECT_EQ(Movo_Net_WiFi_HostAP_Start(0), 0);
+    bench.set.settle();
+    EXPECT_EQ(bench.set.liveThreads(), 3);
+    EXPECT_EQ(Movo_Net_WiFi_HostAP_Status(0), 0);
+    EXPECT_TRUE(bench.set.wake());
+    EXPECT_EQ(Movo_Net_WiFi_HostAP_Status(0), 1);
+    EXPECT_EQ(bench.said("SoftAP_Create_Thread").size(), 4U); // two starts, two watches
+    const int watchers = bench.set.watch(kLeases).watchers();
+    const auto gaveUp = static_cast<int>(bench.said("s_SoftAP_Check_Connection").size());
+    EXPECT_GE(watchers, 1);
+    EXPECT_EQ(watchers + gaveUp, 2);
+    bench.set.grantTicks(1);
+    bench.set.forget();
+    bench.writeLeases(kLease);
+    EXPECT_EQ(bench.set.callbacks().size(), static_cast<std::size_t>(watchers));
+}
+
+TEST(SoftApRaces, KeepsOneOfTwoStartsThatBothMakeTheInterface)
+{
+    Bench bench;
+    bench.set.onCommand(kCreate).does([&bench] { bench.set.addIface("bcm0"); }).times(1); // the other one was faster
+    EXPECT_EQ(s_SoftAP_Start(nullptr), nullptr);
+    EXPECT_EQ(hotspot.mState, HOTSPOT_STOPPED);
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_ERROR, kModule, "SoftAP_isInterfaceAvailable",
+                  "HOSTAP :create bcm0  failed \n");
+    bench.startHere();
+    EXPECT_EQ(hotspot.mState, HOTSPOT_STARTED);
+}
+
+TEST_P(SoftApRace, KeepsAStartGoingThatIsStoppedWhileItLooksForAName)
+{
+    bench.set.holdSleeps(1000);
+    bench.set.onCommand(kGetName).prints("\n").times(3);
+    EXPECT_EQ(Movo_Net_WiFi_HostAP_Start(0), 0);
+    for (int second = 0; second < 3; ++second) {
+        bench.set.settle();
+        EXPECT_EQ(Movo_Net_WiFi_HostAP_Stop(0), 0); // it is stopped already
+        EXPECT_EQ(hotspot.mState, HOTSPOT_STOPPED);
+        EXPECT_NOT_RAN(bench.set, kDelete);
+        EXPECT_TRUE(bench.set.wake());
+    }
+    EXPECT_EQ(Movo_Net_WiFi_HostAP_Status(0), 1);
+    EXPECT_EQ(Movo_Net_WiFi_HostAP_Stop(0), 0);
+    EXPECT_EQ(hotspot.mState, HOTSPOT_STOPPED);
+    EXPECT_RAN(bench.set, kDelete);
+}
+
+TEST_P(SoftApRace, OfStartsStopsAndQuestionsEndsAndCanBeStopped)
+{
+    constexpr int kRounds = 4;
+    for (int thread = 0; thread < 3; ++thread) {
+        bench.set.background([this, thread] {
+            for (int round = 0; round < kRounds; ++round) {
+                (void)(thread == 0 ? Movo_Net_WiFi_HostAP_Stop(0) : Movo_Net_WiFi_HostAP_Start(0));
+                MovoHotspotconfig_t config{};
+                EXPECT_EQ(Movo_Net_WiFi_HostAP_Config(0, &config), 0);
+                const std::string name = config.Ssid;
+                EXPECT_TRUE(name == "MyTV\n" || name == "Lumenpoint") << name;
+                (void)Movo_Net_WiFi_HostAP_Status(0);
+            }
+        });
+    }
+    bench.set.joinBackground();
+    bench.set.settle();
+    bench.startHere();
+    for (int tries = 0; tries < 2 && Movo_Net_WiFi_HostAP_Stop(0) != 0; ++tries) {
+        bench.startHere();
+    }
+    EXPECT_EQ(hotspot.mState, HOTSPOT_STOPPED);
+}
+
+/** What a callback reads of the device is one device, however often the list changes meanwhile. */
+TEST_P(SoftApRace, ShowsACallbackOneWholeDevice)
+{
+    std::atomic<int> seen{0};
+    bench.set.onCallback([&seen](MovoNetCBReason_e, void*) {
+        const Softap_Connection_info_t device = softap_connectinfo;
+        const std::string end = device.packetmac;
+        EXPECT_EQ(device.timestamp, end);
+        EXPECT_EQ(device.devicename, end);
+        ++seen;
+    });
+    for (int count = 0; count < 3; ++count) {
+        bench.start();
+        EXPECT_EQ(Movo_Net_WiFi_HostAP_Stop(0), 0);
+    }
+    for (const char* word : {"first", "second", "third", "fourth"}) {
+        bench.set.write(kLeases, std::string(word) + " " + word + " " + word + " " + word + " " + word + "\n");
+        bench.set.background([] { EXPECT_EQ(NotifyApp(sim::SOFTAPSCAN, &movonet::softApRecord), 0); });
+        bench.set.watch(kLeases).modified();
+    }
+    bench.set.joinBackground();
+    bench.set.settle();
+    EXPECT_EQ(seen, 4 * (3 + 1));
+}
+
+TEST_P(SoftApRace, LetsACallbackStopAndStartTheAccessPoint)
+{
+    int calls = 0;
+    bench.set.onCallback([&calls](MovoNetCBReason_e, void*) {
+        if (++calls == 1) {
+            EXPECT_EQ(Movo_Net_WiFi_HostAP_Status(0), 1);
+            EXPECT_EQ(Movo_Net_WiFi_HostAP_Stop(0), 0);
+            EXPECT_EQ(Movo_Net_WiFi_HostAP_Start(0), 0);
+        }
+    });
+    bench.start();
+    bench.say("up"); // on the loop's thread
+    bench.set.settle();
+    EXPECT_EQ(Movo_Net_WiFi_HostAP_Status(0), 1);
+    bench.set.grantTicks(1);
+    calls = 0;
+    bench.writeLeases(kLease); // on threads of its own
+    EXPECT_GE(calls, 1);
+    bench.set.settle();
+    EXPECT_EQ(Movo_Net_WiFi_HostAP_Status(0), 1);
+}
+
+/** The watch outlives the glue, whose callbacks are over then. */
+TEST(SoftApAfterTheGlue, HearsOfDevicesWithoutHarm)
+{
+    sim::Set set;
+    set.onCommand(kGetName).prints("MyTV\n");
+    set.write(kLeases, "");
+    ASSERT_EQ(set.start(), 0);
+    ASSERT_EQ(Movo_Net_WiFi_HostAP_Start(0), 0);
+    set.settle();
+    ASSERT_EQ(Movo_Net_WiFi_HostAP_Status(0), 1);
+    ASSERT_EQ(set.stop(), 0);
+    set.forget();
+    set.write(kLeases, kLease);
+    set.watch(kLeases).modified();
+    EXPECT_CALLBACKS(set, {});
+    EXPECT_LOGGED(set, KEST_LEVEL_ERROR, "movo_net_fg", "NotifyApp", "lock mutex failed\n");
+    EXPECT_STREQ(softap_connectinfo.devicename, "phone1");
+}
+
+TEST(SoftApBeforeTheGlue, StartsWithoutAPipe)
+{
+    sim::Set set;
+    set.onCommand(kGetName).prints("MyTV\n");
+    EXPECT_EQ(Movo_Net_WiFi_HostAP_Start(0), 0);
+    set.settle();
+    EXPECT_EQ(Movo_Net_WiFi_HostAP_Status(0), 1);
+    EXPECT_LOGGED(set, KEST_LEVEL_ERROR, kModule, "SoftAP_Gethostap_Pipe", "HOSTAP:can not addevent\n");
+    EXPECT_LOGGED(set, KEST_LEVEL_ERROR, kModule, "s_SoftAP_Check_Connection", "HOSTAP:can not add event!\n");
+}
+
+TEST(SoftApAndTheGlue, KeepsItsInterfaceAndThoseBehindItOutOfTheList)
+{
+    sim::Set set;
+    set.onCommand(kGetName).prints("MyTV\n");
+    set.write(kLeases, "");
+    ASSERT_EQ(set.start(), 0);
+    ASSERT_EQ(Movo_Net_WiFi_HostAP_Start(0), 0);
+    set.settle();
+    set.addIface("eth1");
+    set.grantTicks(10);
+    EXPECT_EQ(FindInterface("bcm0"), nullptr);
+    EXPECT_EQ(FindInterface("eth1"), nullptr);
+    EXPECT_NE(FindInterface("eth0"), nullptr);
+    EXPECT_EQ(Movo_Net_WiFi_HostAP_Stop(0), 0);
+    set.grantTicks(10);
+    EXPECT_EQ(FindInterface("bcm0"), nullptr);
+    EXPECT_NE(FindInterface("eth1"), nullptr);
+}
+} // namespace
