@@ -26,23 +26,22 @@ class Air:
 
     def __init__(self, machine, world="home"):
         self.machine = machine
-        self.world = world
         self.names = sorted(path.stem for path in (WORLDS / world).glob("*.conf"))
         machine.check(f"/movo/virtualset/guest/radios {len(self.names) + SPARE_RADIOS}")
+        machine.write("/run/air/world", f"/movo/virtualset/worlds/{world}\n".encode())
 
     def appear(self, *names):
         """Switches access points on, all of them unless some are named."""
-        self._tell(names, "start")
+        self._tell(names, "on")
 
     def vanish(self, *names):
         """Cuts the power of access points."""
-        self._tell(names, "stop")
+        self._tell(names, "off")
 
     def run(self, command, seconds=60):
         """Runs a command at the far end: in the namespace of the access points."""
         return self.machine.run(f"ip netns exec air {command}", seconds)
 
     def _tell(self, names, word):
-        folder = f"/movo/virtualset/worlds/{self.world}"
-        calls = [f"/movo/virtualset/guest/access_point {folder}/{name}.conf {word}" for name in names or self.names]
+        calls = [f"/movo/virtualset/guest/commands/air {word} {name}" for name in names or self.names]
         self.machine.check(" && ".join(calls))

@@ -46,10 +46,10 @@ class Television:
         folder = {"recovery_net": "recovery", "callback_app": "tests/e2e"}[program]
         self.machine.spawn(f"env KEST_DEBUG=3 /movo/build/release/{folder}/{program}")
 
-    def play(self, script, status=0, seconds=90):
+    def play(self, script, status=0, seconds=90, shell=SHELL):
         """Runs a script of movo_net_shell in place of the daemon, until it ends with the status; returns its output."""
         self.machine.write("/tmp/script", script.encode())
-        ended, output = self.machine.run(f"KEST_DEBUG=3 {SHELL} < /tmp/script 2> /run/log", seconds)
+        ended, output = self.machine.run(f"KEST_DEBUG=3 {shell} < /tmp/script 2> /run/log", seconds)
         assert ended == status, output
         return output
 

@@ -1,0 +1,115 @@
+"""Scenarios with a Wi-Fi chip, a real supplicant and real access points: the world is virtualset/worlds/home.
+
+Each folder of wifi/ is a story. movo_net_shell plays its `script`; `callbacks` lists all that the application is told, in
+order, and `says` lines of the shell's output, in this order. commands/ has what the scripts use besides the shell's own
+commands.
+"""
+
+import pathlib
+import re
+
+import pytest
+from wireless import WirelessTelevision, callbacks
+
+from virtualset import Air, VirtualSet
+
+STORIES = pathlib.Path(__file__).parent / "wifi"
+CHIPS = {    # the others have a brcm_43569
+    "access_point_vanishes": "brcm_43242",
+    "hidden": "atheros",
+    "other_securities": "realtek_8188eu",
+    "two_of_one_name": "brcm_liteon_43569",
+    "wrong_key": "realtek_8812au",
+}
+SCAN = """
+expect IFFOUND mlan0 20
+wifi scan
+expect WIFISCANDONE mlan0 15
+wifi update
+"""
+
+
+def lines_of(story, name):
+    path = STORIES / story / name
+    return path.read_text().splitlines() if path.exists() else []
+
+
+@pytest.mark.parametrize("story", sorted(path.name for path in STORIES.iterdir()))
+def test_story(wifi_tv, story):
+    if story == "cable_and_wifi":
+        wifi_tv.serve(0)
+        wifi_tv.plug("eth0")
+    output = wifi_tv.play((STORIES / story / "script").read_text(), CHIPS.get(story, "brcm_43569"))
+    said = iter(output.splitlines())
+    assert [line for line in lines_of(story, "says") if line not in said] == [], output
+    assert callbacks(output) == lines_of(story, "callbacks")
+
+
+def security(flags):
+    """Security and cipher that the supplicant's flags tell."""
+    group = re.search(r"(WPA2?)-PSK-([^]]*)", flags[flags.find("[WPA2"):])
+    if group:
+        return [f"{group[1].lower()}-psk", "tkip+ccmp" if "+" in group[2] else group[2].lower()]
+    return ["open", "wep" if "[WEP]" in flags else "none"]
+
+
+def expected_networks(table):
+    """What the set lists of the supplicant's table: the strongest of each name, and none without a name."""
+    networks = {}
+    for bssid, frequency, signal, flags, name in (line.split("\t") for line in table):
+        name = name.strip()[:32].rstrip()
+        if name and name != "DIRECT-ab-ZENTATV" and (name not in networks or int(signal) > int(networks[name][1])):
+            channel = str((int(frequency) - 2412) // 5 + 1)
+            networks[name] = [bssid, signal, channel, *security(flags), "yes" if "[WPS]" in flags else "no"]
+    return networks
+
+
+def test_scan_lists_what_the_supplicant_sees(wifi_tv):
+    output = wifi_tv.play(SCAN + "scan_results\nwifi list\n")
+    _, table, listed = re.split(r"bssid / frequency / .*\n|0 success: \d+\nname .*\n", output)
+    assert len(table.splitlines()) >= 12    # the kernel may still know the hidden one's name from another scenario
+    assert {line[:34].rstrip(): line[34:].split()[:6] for line in listed.splitlines()} == \
+        expected_networks(table.splitlines())
+
+
+def test_running_supplicant_is_adopted_and_the_next_one_started_for_the_chip(wifi_tv):
+    adopted = wifi_tv.machine.check("pgrep -x wpa_supplicant").strip()
+    output = wifi_tv.play("""
+        expect IFFOUND mlan0 20
+        supplicant pid
+        wifi chip
+        disable mlan0
+        supplicant ended
+        enable mlan0
+        supplicant pid
+    """ + SCAN.partition("\n")[2].partition("\n")[2])
+    wifi_tv.expect("Command: lsusb | grep 0627:0001 && lsmod | grep mac80211_hwsim$")
+    wifi_tv.expect("Current WPA_Supplicant cmd is: wpa_supplicant -B -imlan0 -c/etc/wpa_supplicant.conf -Dnl80211 "
+                   "-P/tmp/wpa_supplicant_mlan0.pid$")
+    before, after = re.findall(r"^supplicant (\d+)$", output, re.M)
+    assert before == adopted != after
+    assert "0 success: broadcom-43569\n" in output
+
+
+def test_off_and_on_again_leaves_nothing_behind(wifi_tv):
+    again = "disable mlan0\nsupplicant ended\nenable mlan0\n"
+    wifi_tv.play("expect IFFOUND mlan0 20\n" + again + "flat note\n" + 20 * again + "flat check\n")
+
+
+def test_after_a_reboot_the_network_of_last_time_is_joined(wifi_tv, tmp_path):
+    wifi_tv.play(SCAN + 'wifi join "My Home Net" "correct horse"\nexpect DHCP_SUCCESS mlan0 20\n')
+    kept = tmp_path / "tv" / "save" / "saved_esss"
+    kept.parent.mkdir(parents=True)
+    kept.write_bytes(wifi_tv.machine.read("/data/tv/save/saved_esss"))
+
+    with VirtualSet(nics=["cable"], chip=True, limit=120, data=tmp_path) as machine:
+        Air(machine, "home").appear("living_room")
+        tv = WirelessTelevision(machine)
+        tv.unplug("eth0")
+        machine.check("/movo/board/start_supplicant")
+        tv.start()
+        tv.expect("connected$")
+        tv.expect("set gateway to 192.168.21.1")
+        tv.sees(tv.default_routes, [("192.168.21.1", "mlan0")])
+        assert tv.address("mlan0") == "192.168.21.50/24"
+        assert machine.run("/movo/tests/e2e/commands/fetch 192.168.21.1")[0] == 0
