@@ -1,4 +1,6 @@
 # What every line of C and C++ in this tree is compiled with.
+# Backtraces need unwind tables, which a C++ compiler for ARM leaves out without exceptions.
+add_compile_options(-funwind-tables)
 add_compile_options(-Wall -Wextra -Wshadow -Wconversion -Wformat=2 -Werror)
 
 # The product itself: no exceptions, no run-time types. Tables of operations leave slots empty on purpose.

@@ -14,14 +14,26 @@ extern Mutex eventListTodoLock;
 /**
  * Holds the loop's handlers off while it lives; free of effect on the loop's own thread and after the loop has ended.
  * Whoever is going to hold ifaceListLock or callbackListLock while unknown code runs takes it first: a handler takes
- * the same locks with eventListLock held.
+ * the same locks with eventListLock held. A thread's outermost gate decides for those inside it, so that a loop that
+ * starts in between is not waited for with other locks in hand.
  */
 class LoopGate {
 public:
-    LoopGate() : m_lock(eventListLock) {}
+    LoopGate() : m_locked(s_gates++ == 0 && eventListLock.lock()) {}
+    LoopGate(const LoopGate&) = delete;
+    LoopGate& operator=(const LoopGate&) = delete;
+    ~LoopGate()
+    {
+        s_gates--;
+        if (m_locked) {
+            eventListLock.unlock();
+        }
+    }
 
 private:
-    ScopedLock m_lock;
+    /** How many this thread stands inside; its place is known when the library is loaded, so that none is allocated. */
+    __attribute__((tls_model("initial-exec"))) static inline thread_local int s_gates = 0;
+    bool m_locked;
 };
 
 /**

@@ -22,8 +22,21 @@ struct MovNetWifiEssItem_t {
     kest_bool bWPS;
     MovNetWifiEssItem_t* next; ///< Next remembered network; means nothing elsewhere.
 };
-static_assert(offsetof(MovNetWifiEssItem_t, bssid) == 40 && offsetof(MovNetWifiEssItem_t, signalVal) == 124);
-static_assert(offsetof(MovNetWifiEssItem_t, next) == 144 && sizeof(MovNetWifiEssItem_t) == 152);
+#define MOVO_ESS_AT(offset, field) static_assert(offsetof(MovNetWifiEssItem_t, field) == (offset))
+MOVO_ESS_AT(0, essid);
+MOVO_ESS_AT(40, bssid);
+MOVO_ESS_AT(48, securityType);
+MOVO_ESS_AT(52, encrypType);
+MOVO_ESS_AT(56, Key);
+MOVO_ESS_AT(124, signalVal);
+MOVO_ESS_AT(128, frequency);
+MOVO_ESS_AT(132, isSaved);
+MOVO_ESS_AT(136, priority);
+MOVO_ESS_AT(140, isConnected);
+MOVO_ESS_AT(141, bWPS);
+MOVO_ESS_AT(144, next);
+#undef MOVO_ESS_AT
+static_assert(sizeof(MovNetWifiEssItem_t) == 152);
 
 /** State of one wireless interface, behind `MovoNetIface_t.priv`. Never given back while the process lives. */
 struct MovoNetWifi_t {

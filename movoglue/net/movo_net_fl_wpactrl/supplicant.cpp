@@ -118,7 +118,7 @@ void killSupplicant(const MovoNetIface_t& iface, CallSite at)
     if (!file || std::fread(text, 1, sizeof(text) - 1, file.get()) == 0) {
         return;
     }
-    const long parsed = std::strtol(text, nullptr, 10);
+    const long long parsed = std::strtoll(text, nullptr, 10);
     const int pid = parsed > INT_MAX || parsed < INT_MIN ? 0 : static_cast<int>(parsed);
     NET_LOG_AT(at, KEST_LEVEL_INFO, "wpa_supplicant pid=%d\n", pid);
     if (pid > 1) { // Deliberate: 0 and below would kill groups of processes, 1 the system.

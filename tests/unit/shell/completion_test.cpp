@@ -2,7 +2,11 @@
 #include "tools/movo_net_shell/completion.h"
 #include "tools/movo_net_shell/programs.h"
 
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 using shell::completionOf;
 using Words = std::vector<std::string>;
@@ -18,11 +22,17 @@ TEST(ShellCompletion, OfCommands)
 
 TEST(ShellCompletion, OfPrograms)
 {
-    shell::setProgramFolder("/bin");
-    EXPECT_EQ(completionOf("mkd").candidates, Words({"mkdir"}));
-    EXPECT_EQ(completionOf("wifi mkd").candidates, Words());
+    char folder[] = "/tmp/shell_completion_XXXXXX";
+    ASSERT_NE(mkdtemp(folder), nullptr);
+    const std::string program = std::string(folder) + "/cable";
+    std::ofstream(program) << "#!/bin/sh\n";
+    ASSERT_EQ(chmod(program.c_str(), 0700), 0);
+    shell::setProgramFolder(folder);
+    EXPECT_EQ(completionOf("ca").candidates, Words({"cable", "callback"}));
+    EXPECT_EQ(completionOf("wifi ca").candidates, Words());
     shell::setProgramFolder(nullptr);
-    EXPECT_EQ(completionOf("mkd").candidates, Words());
+    EXPECT_EQ(completionOf("ca").candidates, Words({"callback"}));
+    std::filesystem::remove_all(folder);
 }
 
 TEST(ShellCompletion, OfTheSecondWordOfAName)
