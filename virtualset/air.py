@@ -12,7 +12,7 @@ worlds/NAME/*.conf has one access point a file, in hostapd's own language; guest
 import pathlib
 
 WORLDS = pathlib.Path(__file__).parent / "worlds"
-SPARE_RADIOS = 1    # for whoever wants to be a phone
+SPARE_RADIOS = 2    # for phones
 CHIP = "brcm_43569"
 
 

@@ -14,10 +14,13 @@ BOARD = pathlib.Path(__file__).resolve().parents[2] / "board"
 def run(tmp_path):
     """Runs an adapter on files of this test only; returns status and standard output."""
     files = {"BDCONF_FILE": tmp_path / "bdconf", "PROPERTY_DIR": tmp_path / "properties",
-             "WL_JOURNAL": tmp_path / "wl.journal"}
+             "WL_JOURNAL": tmp_path / "wl.journal", "SOFTAP_SERVICE": tmp_path / "softap_service",
+             "SOFTAP_PIPE": tmp_path / "pipe"}
+    files["SOFTAP_SERVICE"].write_text(f'#!/bin/sh\necho "$*" >> {tmp_path}/switched\nexit 7\n')
+    files["SOFTAP_SERVICE"].chmod(0o755)
 
     def run(name, *arguments):
-        result = subprocess.run([BOARD / name, *arguments], capture_output=True, text=True, check=False,
+        result = subprocess.run([BOARD / name, *arguments], capture_output=True, text=True, check=False, timeout=20,
                                 env=os.environ | {key: str(path) for key, path in files.items()})
         return result.returncode, result.stdout
 
@@ -54,8 +57,8 @@ def test_property_that_was_never_set_is_an_empty_line_or_the_default(run):
 
 
 def test_property_value_may_be_empty(run):
-    assert run("setprop", "hostapd.enable", "") == (0, "")
-    assert run("getprop", "hostapd.enable", "1") == (0, "\n")
+    assert run("setprop", "persist.device_name", "") == (0, "")
+    assert run("getprop", "persist.device_name", "TV") == (0, "\n")
 
 
 @pytest.mark.parametrize("name", ["", "../bdconf", ".hidden", "a/b"])
@@ -69,6 +72,54 @@ def test_property_names_stay_in_their_folder(run, name):
 def test_setprop_leaves_nothing_but_the_property(run):
     run("setprop", "dnsmasq.enable", "1")
     assert os.listdir(run.files["PROPERTY_DIR"]) == ["dnsmasq.enable"]
+
+
+def test_setprop_switches_the_services_of_the_soft_access_point(run, tmp_path):
+    for name, value in [("hostapd.enable", "1"), ("dnsmasq.enable", "1"), ("dnsmasq.enable", "0")]:
+        assert run("setprop", name, value) == (7, "")    # the service's status
+        assert run("getprop", name) == (0, f"{value}\n")
+    assert (tmp_path / "switched").read_text() == "hostapd 1\ndnsmasq 1\ndnsmasq 0\n"
+
+
+@pytest.mark.parametrize("name", ["persist.device_name", "hostapd", "enable", "other.enable", "hostapd.enabled"])
+def test_setprop_switches_nothing_else(run, tmp_path, name):
+    assert run("setprop", name, "1") == (0, "")
+    assert not (tmp_path / "switched").exists()
+
+
+@pytest.mark.parametrize("arguments", [(), ("hostapd",), ("dhcpcd", "1"), ("hostapd", "1", "1")])
+def test_softap_service_knows_two_services(arguments):
+    result = subprocess.run([BOARD / "softap_service", *arguments], capture_output=True, text=True, check=False)
+    assert result.returncode == 2
+    assert result.stderr == "usage: softap_service hostapd|dnsmasq 1|0\n"
+
+
+@pytest.mark.parametrize("event, word", [("AP-STA-CONNECTED", b"up"), ("AP-STA-DISCONNECTED", b"down"),
+                                         ("AP-ENABLED", None), ("AP-STA-CONNECTED-NOT", None)])
+def test_stations_are_told_of_in_one_word(run, event, word):
+    os.mkfifo(run.files["SOFTAP_PIPE"])
+    reader = os.open(run.files["SOFTAP_PIPE"], os.O_RDONLY | os.O_NONBLOCK)
+    writer = os.open(run.files["SOFTAP_PIPE"], os.O_WRONLY)    # keeps a read of nothing from being the end
+    try:
+        assert run("softap_stations", "bcm0", event, "02:00:00:00:02:00") == (0, "")
+        assert _read(reader) == word
+    finally:
+        os.close(reader)
+        os.close(writer)
+
+
+def test_stations_do_not_wait_for_a_reader(run):
+    assert run("softap_stations", "bcm0", "AP-STA-CONNECTED", "02:00:00:00:02:00") == (0, "")
+    assert not run.files["SOFTAP_PIPE"].exists()
+    os.mkfifo(run.files["SOFTAP_PIPE"])
+    assert run("softap_stations", "bcm0", "AP-STA-CONNECTED", "02:00:00:00:02:00") == (0, "")
+
+
+def _read(descriptor):
+    try:
+        return os.read(descriptor, 100)
+    except BlockingIOError:
+        return None
 
 
 def test_wl_writes_down_each_call(run):

@@ -75,7 +75,7 @@ TEST_P(SoftApRace, OfStartsStopsAndQuestionsEndsAndCanBeStopped)
 {
     constexpr int kRounds = 4;
     for (int thread = 0; thread < 3; ++thread) {
-        bench.set.background([this, thread] {
+        bench.set.background([thread] {
             for (int round = 0; round < kRounds; ++round) {
                 (void)(thread == 0 ? Movo_Net_WiFi_HostAP_Stop(0) : Movo_Net_WiFi_HostAP_Start(0));
                 MovoHotspotconfig_t config{};
