@@ -10,6 +10,12 @@ std::vector<Command> Set::commands() const
     return world().records.commands;
 }
 
+std::vector<std::string> Set::problems() const
+{
+    const Hold hold;
+    return world().problems;
+}
+
 void Set::forget()
 {
     const Hold hold;
@@ -19,6 +25,7 @@ void Set::forget()
     records.callbacks.clear();
     records.callbacksTaken = 0;
     records.signals.clear();
+    records.netlinkRequests.clear();
 }
 
 testing::AssertionResult Set::ran(const std::string& command) const

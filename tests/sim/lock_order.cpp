@@ -3,6 +3,7 @@
 #include "movo_net_fg/fg.h"
 #include "movo_net_fl_eventloop/eventloop.h"
 
+#include <atomic>
 #include <set>
 
 // What the thread sanitizer cannot know of the product's locks: threads that hold the event loop's lock never wait for
@@ -12,6 +13,7 @@ namespace sim {
 namespace {
 thread_local int t_loopLock; // how often the thread holds it
 thread_local int t_others;   // how often it holds others that have a place in the order
+std::atomic<int> s_held;     // all of them, by all threads
 
 bool isOf(const void* mutex, const movonet::Mutex& lock)
 {
@@ -31,12 +33,19 @@ void count(const void* mutex, int change)
 {
     if (isOf(mutex, movonet::eventListLock)) {
         t_loopLock += change;
+        s_held += change;
         return;
     }
     const Hold hold;
     t_others += made().contains(mutex) ? change : 0;
+    s_held += made().contains(mutex) ? change : 0;
 }
 } // namespace
+
+int Set::heldLocks() const
+{
+    return s_held;
+}
 
 bool isCallbackLock(const void* mutex)
 {

@@ -147,11 +147,15 @@ public:
     std::vector<Signal> signals() const;
     /** What was sent to the kernel to ask for its routes, byte for byte. */
     std::vector<std::string> netlinkRequests() const;
+    /** Locks of the product that are held, by whatever thread. */
+    int heldLocks() const;
+    /** What has happened that fails the test at its end. */
+    std::vector<std::string> problems() const;
     /** Product descriptors that are open, each as the call that opened it, oldest first. */
     std::vector<std::string> openDescriptors() const;
     /** Makes a descriptor of the test the product's, which may then close it. */
     void give(int fd);
-    /** Forgets commands, log, callbacks and signals. */
+    /** Forgets commands, log, callbacks, signals and questions for routes. */
     void forget();
 
     /** The answers behind the EXPECT_ macros of sim/expect.h. */

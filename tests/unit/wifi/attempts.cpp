@@ -33,6 +33,7 @@ void Attempts::command(const std::string& text, bool taken)
         }
     } else if (text == "DISABLE_NETWORK 0") {
         m_stage = Stage::Trying; // the supplicant tries its network anew
+        ++m_resets;
     } else if (taken && beginsAttempt(text)) {
         begin();
     }
@@ -81,6 +82,23 @@ std::map<End, int> Attempts::ends() const
 {
     const std::lock_guard lock(m_lock);
     return m_ends;
+}
+
+int Attempts::resets() const
+{
+    const std::lock_guard lock(m_lock);
+    return m_resets;
+}
+
+bool Attempts::agreesWith(WpactrlConnectStatus_e status)
+{
+    static constexpr Stage kStages[] = {Stage::None, Stage::Trying, Stage::Joined};
+    const std::lock_guard lock(m_lock);
+    const Stage expected = kStages[status];
+    if (!m_linked()) {
+        m_stage = expected; // what the glue does to itself meanwhile is not seen here
+    }
+    return m_stage == expected;
 }
 
 void Attempts::lookAway()

@@ -36,6 +36,10 @@ public:
 
     /** Ended attempts, by how. */
     std::map<End, int> ends() const;
+    /** How often the supplicant was made to try its network anew. */
+    int resets() const;
+    /** Tells whether the glue's state of the connection is what commands and callbacks have made of it. */
+    bool agreesWith(WpactrlConnectStatus_e status);
     /** From now on nothing is complained of: requests on several threads mix their commands. */
     void lookAway();
 
@@ -59,6 +63,7 @@ private:
     bool m_left = false;      ///< That was told as having been left.
     bool m_looking = true;
     std::map<End, int> m_ends;
+    int m_resets = 0;
     std::deque<std::string> m_seen; ///< The latest ones, for the report.
 };
 } // namespace wifi

@@ -9,12 +9,20 @@
 struct wpa_ctrl {
     int fd; // readable while messages wait, of a monitor
     bool isMonitor;
+    bool isStale; // of a supplicant that has ended
 };
 
 namespace wifi {
 namespace {
 Supplicant* s_supplicant;
+
+/** Not readable any more. */
+void drain(const wpa_ctrl& connection)
+{
+    std::uint64_t count = 0;
+    (void)!read(connection.fd, &count, sizeof(count));
 }
+} // namespace
 
 /** The client library's side of the supplicant. */
 struct Library {
@@ -33,7 +41,7 @@ struct Library {
         if (!supplicant.m_alive) {
             return nullptr;
         }
-        supplicant.m_open.push_back(new wpa_ctrl{eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK), false});
+        supplicant.m_open.push_back(new wpa_ctrl{eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK), false, false});
         return supplicant.m_open.back();
     }
 
@@ -45,11 +53,11 @@ struct Library {
         delete connection;
     }
 
-    int request(const std::string& command, char* reply, std::size_t* room)
+    int request(const wpa_ctrl& connection, const std::string& command, char* reply, std::size_t* room)
     {
         supplicant.commands.push_back(command);
         std::string text;
-        const int result = answer(command, text);
+        const int result = answer(connection, command, text);
         if (result == 0) {
             *room = std::min(*room, text.size());
             std::memcpy(reply, text.data(), *room);
@@ -70,18 +78,20 @@ struct Library {
         return 0;
     }
 
-    int detach()
+    int detach(const wpa_ctrl& connection)
     {
         ++supplicant.detached;
-        return supplicant.m_alive ? 0 : -1;
+        return connection.isStale ? -1 : 0;
     }
 
-    int pending() const { return supplicant.events.empty() ? supplicant.pendingAtEnd : 1; }
+    int pending(const wpa_ctrl& connection) const
+    {
+        return supplicant.events.empty() || connection.isStale ? supplicant.pendingAtEnd : 1;
+    }
 
     int receive(const wpa_ctrl& connection, char* buffer, std::size_t* room)
     {
-        std::uint64_t count = 0;
-        (void)!read(connection.fd, &count, sizeof(count));
+        drain(connection);
         if (supplicant.receiveFails || supplicant.events.empty()) {
             return -1;
         }
@@ -93,15 +103,20 @@ struct Library {
     }
 
 private:
-    int answer(const std::string& command, std::string& text)
+    int answer(const wpa_ctrl& connection, const std::string& command, std::string& text)
     {
-        int result = supplicant.m_alive ? 0 : -1;
+        int result = connection.isStale ? -1 : 0;
         if (!supplicant.results.empty()) {
             result = supplicant.results.front();
             supplicant.results.pop_front();
         }
         if (supplicant.onCommand) {
             supplicant.onCommand(command);
+        }
+        if (result == 0 && !supplicant.nextReplies.empty()) {
+            text = supplicant.nextReplies.front();
+            supplicant.nextReplies.pop_front();
+            return 0;
         }
         const auto found = supplicant.replies.find(command);
         if (result != 0 || found == supplicant.replies.end()) {
@@ -119,7 +134,7 @@ private:
 Supplicant::Supplicant(std::function<MovoNetIface_t*()> iface)
     : attempts(std::move(iface), [this] {
           const std::lock_guard guard(m_lock);
-          return m_alive && std::ranges::any_of(m_open, [](const wpa_ctrl* each) { return !each->isMonitor; });
+          return std::ranges::any_of(m_open, [](const wpa_ctrl* each) { return !each->isMonitor && !each->isStale; });
       })
 {
     s_supplicant = this;
@@ -138,8 +153,9 @@ Supplicant::~Supplicant()
 void Supplicant::says(const Lines& messages)
 {
     const std::lock_guard guard(m_lock);
-    const auto monitor = std::ranges::find_if(m_open, [](const wpa_ctrl* each) { return each->isMonitor; });
-    if (monitor != m_open.end() && m_alive) {
+    const auto monitor =
+        std::ranges::find_if(m_open, [](const wpa_ctrl* each) { return each->isMonitor && !each->isStale; });
+    if (monitor != m_open.end()) {
         events.insert(events.end(), messages.begin(), messages.end());
         const std::uint64_t one = 1;
         (void)!write((*monitor)->fd, &one, sizeof(one));
@@ -150,7 +166,13 @@ void Supplicant::lives(bool alive)
 {
     const std::lock_guard guard(m_lock);
     m_alive = alive;
-    events.clear();
+    if (!alive) {
+        for (wpa_ctrl* each : m_open) {
+            each->isStale = true;
+            drain(*each);
+        }
+        events.clear();
+    }
 }
 
 bool Supplicant::isAlive() const
@@ -183,10 +205,10 @@ void wpa_ctrl_close(wpa_ctrl* connection)
     Library().close(connection);
 }
 
-int wpa_ctrl_request(wpa_ctrl* /*connection*/, const char* command, size_t length, char* reply, size_t* room,
+int wpa_ctrl_request(wpa_ctrl* connection, const char* command, size_t length, char* reply, size_t* room,
                      void (* /*onMessage*/)(char*, size_t))
 {
-    return Library().request(std::string(command, length), reply, room);
+    return Library().request(*connection, std::string(command, length), reply, room);
 }
 
 int wpa_ctrl_attach(wpa_ctrl* connection)
@@ -194,9 +216,9 @@ int wpa_ctrl_attach(wpa_ctrl* connection)
     return Library().attach(connection);
 }
 
-int wpa_ctrl_detach(wpa_ctrl* /*connection*/)
+int wpa_ctrl_detach(wpa_ctrl* connection)
 {
-    return Library().detach();
+    return Library().detach(*connection);
 }
 
 int wpa_ctrl_get_fd(wpa_ctrl* connection)
@@ -204,9 +226,9 @@ int wpa_ctrl_get_fd(wpa_ctrl* connection)
     return connection->fd;
 }
 
-int wpa_ctrl_pending(wpa_ctrl* /*connection*/)
+int wpa_ctrl_pending(wpa_ctrl* connection)
 {
-    return Library().pending();
+    return Library().pending(*connection);
 }
 
 int wpa_ctrl_recv(wpa_ctrl* connection, char* buffer, size_t* room)

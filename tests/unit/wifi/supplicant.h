@@ -27,7 +27,7 @@ struct Supplicant {
 
     /** Messages arrive on the monitor connection, if there is one: the loop finds it readable. */
     void says(const Lines& messages);
-    /** It runs, or ends: then nothing opens or answers. */
+    /** It runs, or ends: then nothing opens or answers, and what was open stays dead. */
     void lives(bool alive);
     bool isAlive() const;
     /** Connections that are open. */
@@ -37,6 +37,8 @@ struct Supplicant {
     std::map<std::string, std::deque<std::string>> replies;
     /** What a request returns: 0, -1 for a lost peer, -2 for a time-out; one a request, then 0. */
     std::deque<int> results;
+    /** Replies to the next requests, whatever they ask for; before those to a command. */
+    std::deque<std::string> nextReplies;
     /** Messages that wait on the monitor connection. */
     std::deque<std::string> events;
     int openFailures = 0; ///< So many connections are refused, after `openGrants`.

@@ -1,0 +1,244 @@
+#include "walk.h"
+
+#include "movo_net_fg/fg.h"
+#include "movo_net_fl_common/dhcp.h"
+#include "movo_net_fl_eventloop/eventloop.h"
+
+#include <arpa/inet.h>
+#include <mutex>
+
+/** Of the sanitizers' allocator; without them memory is not looked at. */
+extern "C" std::size_t __sanitizer_get_current_allocated_bytes() __attribute__((weak));
+
+using namespace movonet;
+
+namespace wifi {
+namespace {
+struct Registration {
+    RETURN_TYPE (*handler)(int, void*, kest_bool);
+    void* data;
+};
+std::mutex s_lock;
+std::map<int, Registration> s_registered; // by handle
+
+void forgetRegistration(int handle)
+{
+    const std::lock_guard guard(s_lock);
+    s_registered.erase(handle);
+}
+
+std::string addressText(std::uint32_t address)
+{
+    char text[INET_ADDRSTRLEN] = "";
+    return inet_ntop(AF_INET, &address, text, sizeof(text));
+}
+
+bool isConnected(const MovoNetIface_t& iface)
+{
+    return get(iface.isConnected) && iface.type != _MOVO_NET_IFACE_LO_ &&
+           get(iface.ipStatus) != _MOVO_NET_IPSTATUS_DHCP_AUTOIP_;
+}
+
+/**
+ * The interface that must have the default route; NULL when there is none, and while a new configuration is under way
+ * or was cut short by a callback: the record keeps its old address then, or takes one that the interface could not, and
+ * counts as connected.
+ */
+const MovoNetIface_t* bestConnected(Television& television)
+{
+    const MovoNetIface_t* best = highestPriority(isConnected);
+    if (best == nullptr || get(best->gwv4) == 0 || !get(best->isActived)) {
+        return nullptr;
+    }
+    const sim::Iface kernel = television.set.iface(best->name);
+    return kernel.up() && kernel.address() == addressText(get(best->ipv4)) ? best : nullptr;
+}
+
+// Each tells what does not hold; empty when it does.
+
+std::string state(Television& television)
+{
+    const WpactrlConnectStatus_e status = get(television.link().connectStatus);
+    const bool agrees = television.supplicant.attempts.agreesWith(status);
+    return agrees ? "" : "the state " + std::to_string(status) + " is not what the commands and callbacks make of it";
+}
+
+std::string activation(Television& television)
+{
+    const bool active = get(television.mlan0().isActived) != kFalse;
+    return active && get(television.link().ctrl_conn) == nullptr ? "it is active without its supplicant" : "";
+}
+
+std::string timers(Television& /*television*/)
+{
+    for (const auto& [event, count] : liveTimers()) {
+        if (count > 1) {
+            return std::to_string(count) + " registrations of one kind";
+        }
+    }
+    return "";
+}
+
+std::string route(Television& television)
+{
+    const MovoNetIface_t* best = bestConnected(television);
+    if (best == nullptr) {
+        return "";
+    }
+    const std::string wanted = addressText(get(best->gwv4)) + " dev " + best->name;
+    const Lines routes = television.set.defaultRoutes();
+    return routes == Lines{wanted} ? "" : "the default route is not " + wanted;
+}
+
+std::string resolver(Television& television)
+{
+    const MovoNetIface_t* best = bestConnected(television);
+    if (best == nullptr) {
+        return "";
+    }
+    const std::string wanted = "nameserver " + addressText(get(best->dns1v4)) + "\n";
+    const bool found = television.set.read("/etc/resolv.conf").starts_with(wanted);
+    return found ? "" : "the resolver does not begin with " + wanted;
+}
+
+std::string locks(Television& television)
+{
+    const int held = television.set.heldLocks();
+    return held == 0 ? "" : std::to_string(held) + " locks are held";
+}
+
+std::string descriptors(Television& television)
+{
+    constexpr std::size_t kMost = 3; // a DHCP pipe for each interface, and what reads the board's MAC address
+    const Lines open = television.set.openDescriptors();
+    if (open.size() > kMost || television.supplicant.connections() > 2) {
+        return std::to_string(open.size()) + " descriptors and " + std::to_string(television.supplicant.connections()) +
+               " connections are open";
+    }
+    return "";
+}
+
+std::string problems(Television& television)
+{
+    const Lines all = television.set.problems();
+    return all.empty() ? "" : all.front();
+}
+
+std::string whatIsBroken(Television& television)
+{
+    for (const auto check : {problems, state, activation, timers, route, resolver, locks, descriptors}) {
+        if (std::string broken = check(television); !broken.empty()) {
+            return broken;
+        }
+    }
+    return "";
+}
+
+/** Bytes that are allocated once the records of the test are forgotten. */
+std::size_t allocated(Television& television)
+{
+    television.set.forget();
+    television.supplicant.commands = {};
+    television.supplicant.opened = {};
+    return &__sanitizer_get_current_allocated_bytes != nullptr ? __sanitizer_get_current_allocated_bytes() : 0;
+}
+} // namespace
+
+Timers liveTimers()
+{
+    const std::lock_guard guard(s_lock);
+    Timers timers;
+    for (const auto& [handle, registration] : s_registered) {
+        ++timers[{reinterpret_cast<void*>(registration.handler), registration.data}];
+    }
+    return timers;
+}
+
+Walked walk(const Trace& trace)
+{
+    constexpr std::size_t kMostGrowth = 64U * 1024;
+    Television television;
+    Walked walked;
+    television.startWith({{"Home", "[WPA2-PSK-CCMP][WPS][ESS]"}, {"Open", "[ESS]"}, {"Wep", "[WEP][ESS]"}});
+    television.supplicant.replies["WPS_PIN any"] = {"12345670"};
+    television.supplicant.replies["WPS_PIN any 12345670"] = {"12345670"};
+    std::size_t before = 0;
+    for (const Step& step : trace) {
+        allActions()[step.action].run(television, step.number);
+        television.set.settle();
+        ++walked.steps;
+        if (const std::string broken = whatIsBroken(television); !broken.empty()) {
+            ADD_FAILURE() << broken; // the log of this step is told with it
+            break;
+        }
+        const std::size_t now = allocated(television);
+        before = walked.steps == static_cast<int>(trace.size() / 2) ? now : before;
+        if (before != 0 && now > before + kMostGrowth) {
+            ADD_FAILURE() << now - before << " more bytes are allocated than at half way";
+            break;
+        }
+    }
+    walked.ends = television.supplicant.attempts.ends();
+    walked.resets = television.supplicant.attempts.resets();
+    return walked;
+}
+
+Trace shortened(const Trace& trace, const std::function<bool(const Trace&)>& fails)
+{
+    constexpr int kMostTries = 300;
+    Trace shortest = trace;
+    int tries = 0;
+    for (std::size_t piece = shortest.size() / 2; piece > 0; piece /= 2) {
+        for (std::size_t at = 0; at + piece <= shortest.size() && tries < kMostTries;) {
+            Trace shorter = shortest;
+            const auto begin = shorter.begin() + static_cast<std::ptrdiff_t>(at);
+            shorter.erase(begin, begin + static_cast<std::ptrdiff_t>(piece));
+            ++tries;
+            if (fails(shorter)) {
+                shortest = shorter;
+            } else {
+                at += piece;
+            }
+        }
+    }
+    return shortest;
+}
+} // namespace wifi
+
+// The registrations pass through here on their way to the loop.
+
+extern "C" {
+RETURN_TYPE __real_int_addEvent(MovoNetEvent_t event, int* handle);
+RETURN_TYPE __real_int_removeEvent(int handle);
+RETURN_TYPE __real__ZN7movonet13removeEventOfEiPFiiPvhEPKv(int handle, RETURN_TYPE (*handler)(int, void*, kest_bool),
+                                                           const void* data);
+
+RETURN_TYPE __wrap_int_addEvent(MovoNetEvent_t event, int* handle)
+{
+    const RETURN_TYPE result = __real_int_addEvent(event, handle);
+    if (result == kOk) {
+        const std::lock_guard guard(wifi::s_lock);
+        wifi::s_registered[*handle] = {event.OnEventRev, event.data};
+    }
+    return result;
+}
+
+RETURN_TYPE __wrap_int_removeEvent(int handle)
+{
+    const RETURN_TYPE result = __real_int_removeEvent(handle);
+    if (result == kOk) {
+        wifi::forgetRegistration(handle);
+    }
+    return result;
+}
+
+RETURN_TYPE __wrap__ZN7movonet13removeEventOfEiPFiiPvhEPKv(int handle, RETURN_TYPE (*handler)(int, void*, kest_bool),
+                                                           const void* data)
+{
+    const RETURN_TYPE result = __real__ZN7movonet13removeEventOfEiPFiiPvhEPKv(handle, handler, data);
+    if (result == kOk) {
+        wifi::forgetRegistration(handle);
+    }
+    return result;
+}
+}

@@ -1,0 +1,99 @@
+#include "walk.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+// Whatever people, the air, the supplicant, the cable and the DHCP server do in whatever order: the state of the
+// connection follows its table, each attempt to join ends once, there is one timer of a kind at the most, default route
+// and resolver are the best connected interface's, and no lock, descriptor or memory is kept.
+//
+// A seed that fails is made short and told as a line that WIFI_WALK in the environment plays again:
+//
+//     WIFI_WALK="join:1 event:0 ticks:7" build/dev/tests/unit/walk_tests --gtest_filter='Seeds/Walk.*/0'
+
+using namespace wifi;
+
+namespace {
+constexpr int kSteps = 2000;
+
+/** What a walk in a child of this process has seen: how far it came, and whether all held. */
+struct Report {
+    int steps;
+    bool broken;
+};
+
+Report walkInChild(const Trace& trace, bool loud)
+{
+    void* shared = mmap(nullptr, sizeof(int), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    auto* steps = static_cast<int*>(shared);
+    const int failed = sim::forkedRun([&] {
+        if (!loud) {
+            const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
+            (void)dup2(nowhere, STDOUT_FILENO);
+            (void)dup2(nowhere, STDERR_FILENO);
+        }
+        *steps = walk(trace).steps;
+    });
+    const Report report{*steps, failed != 0};
+    (void)munmap(shared, sizeof(int));
+    return report;
+}
+
+class Walk : public testing::TestWithParam<unsigned> {};
+
+TEST_P(Walk, HoldsWhatAlwaysHolds)
+{
+    if (const char* again = std::getenv("WIFI_WALK"); again != nullptr) {
+        const auto trace = parseTrace(again);
+        ASSERT_TRUE(trace) << "no trace: " << again;
+        (void)walk(*trace);
+        return;
+    }
+    Trace trace = randomTrace(GetParam(), kSteps);
+    const Report report = walkInChild(trace, false);
+    if (report.broken) {
+        if (report.steps > 0) {
+            trace.resize(static_cast<std::size_t>(report.steps));
+        }
+        trace = shortened(trace, [](const Trace& each) { return walkInChild(each, false).broken; });
+        (void)walkInChild(trace, true);
+        FAIL() << "seed " << GetParam() << ", play it again with\nWIFI_WALK=\"" << textOf(trace) << "\"";
+    }
+}
+INSTANTIATE_TEST_SUITE_P(Seeds, Walk, testing::Range(1U, 51U));
+
+TEST(AWalk, MeetsEveryEndOfAnAttempt)
+{
+    const Walked walked = walk(randomTrace(1, kSteps));
+    EXPECT_EQ(walked.steps, kSteps);
+    for (const End end : {End::Connected, End::BadKey, End::TimeOut, End::Replaced, End::Left}) {
+        EXPECT_GT(walked.ends.count(end), 0U) << static_cast<int>(end);
+    }
+    EXPECT_GT(walked.resets, 0);
+}
+
+TEST(WalkTrace, ReadsWhatItWrites)
+{
+    const Trace trace = randomTrace(7, 100);
+    const auto read = parseTrace(textOf(trace));
+    ASSERT_TRUE(read);
+    EXPECT_EQ(textOf(*read), textOf(trace));
+    for (const char* wrong : {"dance:1", "join", "join:9", "join:x -"}) {
+        EXPECT_FALSE(parseTrace(wrong)) << wrong;
+    }
+}
+
+TEST(WalkTrace, IsShortenedToWhatFails)
+{
+    const auto fails = [](const Trace& trace) {
+        return std::ranges::count_if(trace, [](const Step& step) { return step.action == 0; }) >= 2;
+    };
+    const Trace shortest = shortened(randomTrace(3, 200), fails);
+    EXPECT_EQ(shortest.size(), 2U);
+    EXPECT_TRUE(fails(shortest));
+}
+} // namespace
