@@ -41,7 +41,7 @@ private:
 
 const char* prompt(EditLine* /*editor*/)
 {
-    return "movo> ";
+    return kPrompt;
 }
 
 EditedLines::EditedLines(int input, std::FILE* output, Console& console)

@@ -9,6 +9,7 @@
 
 namespace shell {
 constexpr std::size_t kLongestLine = 1023;
+constexpr char kPrompt[] = "movo> ";
 
 enum class Read { Line, TooLong, Interrupted, End };
 

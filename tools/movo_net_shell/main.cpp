@@ -3,17 +3,18 @@
 
 #include <csignal>
 #include <cstring>
+#include <fcntl.h>
 #include <kest.h>
 #include <movo_net.h>
 #include <unistd.h>
 
 namespace {
 constexpr char kUsage[] =
-    "usage: movo_net_shell [--no-start] [--programs FOLDER]\n"
+    "usage: movo_net_shell [--no-start] [--programs FOLDER] [--play SCRIPT]\n"
     "\n"
     "Runs the network glue and the commands that it reads from standard input; the command help\n"
     "lists them. With --no-start the glue waits for the command start. The programs of FOLDER are\n"
-    "commands too.\n";
+    "commands too. The commands of SCRIPT are shown and run first.\n";
 
 /** What the platform does for a program that hosts the glue. */
 void setUp()
@@ -33,6 +34,12 @@ int main(int argc, char** argv)
             options.startGlue = false;
         } else if (std::strcmp(argv[i], "--programs") == 0 && i + 1 < argc) {
             options.programs = argv[++i];
+        } else if (std::strcmp(argv[i], "--play") == 0 && i + 1 < argc) {
+            options.play = open(argv[++i], O_RDONLY | O_CLOEXEC);
+            if (options.play < 0) {
+                (void)std::fprintf(stderr, "cannot read %s\n", argv[i]);
+                return shell::kStatusNotUnderstood;
+            }
         } else if (std::strcmp(argv[i], "--help") == 0 || std::strcmp(argv[i], "-h") == 0) {
             (void)std::fputs(kUsage, stdout);
             return shell::kStatusGood;

@@ -10,6 +10,22 @@
 
 namespace shell {
 namespace {
+/** How a script ends at a line that did not go well. */
+int statusOf(Outcome outcome)
+{
+    switch (outcome) {
+    case Outcome::BadArgument:
+        return kStatusNotUnderstood;
+    case Outcome::Interrupted:
+        return kStatusInterrupted;
+    case Outcome::Unmet:
+    case Outcome::Done:
+    case Outcome::Quit:
+        break;
+    }
+    return kStatusUnmet;
+}
+
 class Shell {
 public:
     explicit Shell(const Options& options);
@@ -18,7 +34,9 @@ public:
 
 private:
     bool start();
+    Read next(std::string& line);
     Outcome perform(Read read, const std::string& line);
+    bool goesOnAfter(Outcome outcome);
     Outcome runLine(const std::string& line);
     Outcome runCommand(const Command& command, Arguments arguments);
     void complain(const std::string& what);
@@ -27,6 +45,7 @@ private:
     Console m_console;
     bool m_startGlue;
     std::unique_ptr<Lines> m_lines;
+    std::unique_ptr<Lines> m_played; // until it has ended
     int m_lineNumber = 0;
 };
 
@@ -34,14 +53,15 @@ Shell::Shell(const Options& options)
     : m_onTerminal(isatty(options.input) != 0 && isatty(fileno(options.output)) != 0),
       m_console(options.output, m_onTerminal ? options.output : options.errors), m_startGlue(options.startGlue),
       m_lines(m_onTerminal ? editedLines(options.input, options.output, m_console)
-                           : plainLines(options.input, m_console))
+                           : plainLines(options.input, m_console)),
+      m_played(options.play < 0 ? nullptr : plainLines(options.play, m_console))
 {
 }
 
 /** In a script, tells which line it is about. */
 void Shell::complain(const std::string& what)
 {
-    if (m_onTerminal) {
+    if (m_onTerminal && !m_played) {
         m_console.complain("%s\n", what.c_str());
     } else {
         m_console.complain("line %d: %s\n", m_lineNumber, what.c_str());
@@ -83,6 +103,21 @@ Outcome Shell::runLine(const std::string& line)
     return runCommand(*command, std::span(*words).subspan(length));
 }
 
+/** A line that is played is shown as if it had been typed. */
+Read Shell::next(std::string& line)
+{
+    if (m_played) {
+        const Read read = m_played->next(line);
+        if (read != Read::End) {
+            m_console.print("%s%s\n", kPrompt, printable(line).c_str());
+            return read;
+        }
+        m_played.reset();
+        m_lineNumber = 0;
+    }
+    return m_lines->next(line);
+}
+
 Outcome Shell::perform(Read read, const std::string& line)
 {
     m_lineNumber++;
@@ -115,6 +150,15 @@ bool Shell::start()
     return true;
 }
 
+/** At a terminal the person decides what comes next. */
+bool Shell::goesOnAfter(Outcome outcome)
+{
+    if (m_onTerminal && outcome != Outcome::Done) {
+        m_played.reset();
+    }
+    return m_onTerminal || outcome == Outcome::Done;
+}
+
 int Shell::run()
 {
     if (!start() && !m_onTerminal) {
@@ -122,24 +166,13 @@ int Shell::run()
     }
     std::string line;
     for (;;) {
-        const Read read = m_lines->next(line);
+        const Read read = next(line);
         const Outcome outcome = perform(read, line);
         if (outcome == Outcome::Quit) {
             return kStatusGood;
         }
-        if (m_onTerminal) {
-            continue;
-        }
-        switch (outcome) {
-        case Outcome::BadArgument:
-            return kStatusNotUnderstood;
-        case Outcome::Unmet:
-            return kStatusUnmet;
-        case Outcome::Interrupted:
-            return kStatusInterrupted;
-        case Outcome::Done:
-        case Outcome::Quit:
-            break;
+        if (!goesOnAfter(outcome)) {
+            return statusOf(outcome);
         }
     }
 }

@@ -14,11 +14,13 @@ struct Options {
     std::FILE* errors;
     bool startGlue;                 // before the first line
     const char* programs = nullptr; // folder whose programs are commands too
+    int play = -1;                  // descriptor whose lines are shown and run before those of the input
 };
 
 /**
  * Runs lines until `quit` or the end of the input, then stops the glue. When input and output are a terminal it goes on
- * after whatever a line does; otherwise the first line that cannot be run, or expects what does not come, ends it.
+ * after whatever a line does; otherwise the first line that cannot be run, or expects what does not come, ends it. On a
+ * terminal such a line ends what is played, and the input follows.
  *
  * @return A status for the process.
  */

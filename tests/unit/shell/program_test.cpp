@@ -6,6 +6,7 @@
 #include <string>
 #include <sys/stat.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 namespace {
 struct Ended {
@@ -55,18 +56,65 @@ TEST(ShellProgram, ShowsItsUsage)
     for (const char* option : {"--help", "-h"}) {
         const Ended ended = runProgram(option, "");
         EXPECT_EQ(ended.status, 0);
-        EXPECT_TRUE(ended.output.starts_with("usage: movo_net_shell [--no-start] [--programs FOLDER]\n"))
+        EXPECT_TRUE(
+            ended.output.starts_with("usage: movo_net_shell [--no-start] [--programs FOLDER] [--play SCRIPT]\n"))
             << ended.output;
     }
 }
 
 TEST(ShellProgram, RefusesWhatItDoesNotKnow)
 {
-    for (const char* options : {"--frobnicate", "--programs"}) {
+    for (const char* options : {"--frobnicate", "--programs", "--play"}) {
         const Ended ended = runProgram(options, "");
         EXPECT_EQ(ended.status, 2);
         EXPECT_TRUE(ended.output.starts_with("usage: ")) << ended.output;
     }
+}
+
+class ShellProgramPlays : public testing::Test {
+protected:
+    ~ShellProgramPlays() override { std::filesystem::remove(m_script); }
+    Ended play(const std::string& script, const std::string& input)
+    {
+        std::ofstream(m_script) << script;
+        return runProgram("--no-start --play " + m_script, input);
+    }
+
+private:
+    std::string m_script = "/tmp/shell_plays_" + std::to_string(getpid());
+};
+
+TEST_F(ShellProgramPlays, AScriptBeforeTheInput)
+{
+    const Ended ended = play("# a comment\necho one", "echo two\\n");
+    EXPECT_EQ(ended.status, 0);
+    EXPECT_EQ(ended.output, "movo> # a comment\nmovo> echo one\none\ntwo\n");
+}
+
+TEST_F(ShellProgramPlays, NothingAfterALineThatFails)
+{
+    const Ended ended = play("expect IFFOUND 0\necho one\n", "echo two\\n");
+    EXPECT_EQ(ended.status, 1);
+    EXPECT_EQ(ended.output, "movo> expect IFFOUND 0\nexpected IFFOUND, not called back within 0 s\n");
+}
+
+TEST_F(ShellProgramPlays, AndTellsTheLineOfTheScriptThatItDoesNotUnderstand)
+{
+    const Ended ended = play("\nfrobnicate\n", "");
+    EXPECT_EQ(ended.status, 2);
+    EXPECT_EQ(ended.output, "movo> \nmovo> frobnicate\nline 2: unknown command: frobnicate; help lists them\n");
+}
+
+TEST_F(ShellProgramPlays, QuitAsItsEnd)
+{
+    EXPECT_EQ(play("quit\n", "echo two\\n").output, "movo> quit\n");
+}
+
+TEST(ShellProgram, RefusesAScriptThatItCannotRead)
+{
+    const Ended ended = runProgram("--play /nowhere/script", "");
+    EXPECT_EQ(ended.status, 2);
+    EXPECT_EQ(ended.output, "cannot read /nowhere/script\n");
 }
 
 class ShellProgramFolder : public testing::Test {

@@ -19,7 +19,8 @@ constexpr auto kPatience = std::chrono::seconds(20);
 /** A shell in a child process, at the far end of a terminal; each byte sent to `callBack` becomes a callback. */
 class Terminal {
 public:
-    Terminal();
+    /** The shell plays the lines first. */
+    explicit Terminal(const std::string& played = "");
     ~Terminal();
     Terminal(const Terminal&) = delete;
     Terminal& operator=(const Terminal&) = delete;
@@ -42,7 +43,7 @@ private:
     std::string m_shown;
 };
 
-[[noreturn]] void beShell(int callbacks)
+[[noreturn]] void beShell(int callbacks, int played)
 {
     (void)setenv("TERM", "vt100", 1);
     fake::setRunning(true);
@@ -51,21 +52,26 @@ private:
             fake::callBack(_MOVO_NET_CALLBACK_IPCHANGED_, "eth0");
         }
     }).detach();
-    std::exit(shell::run({STDIN_FILENO, stdout, stderr, false}));
+    std::exit(shell::run({STDIN_FILENO, stdout, stderr, false, nullptr, played}));
 }
 
-Terminal::Terminal()
+Terminal::Terminal(const std::string& played)
 {
     int ends[2];
     EXPECT_EQ(pipe(ends), 0);
+    int script[2];
+    EXPECT_EQ(pipe(script), 0);
+    EXPECT_EQ(write(script[1], played.data(), played.size()), static_cast<ssize_t>(played.size()));
+    (void)close(script[1]);
     m_callbacks = ends[1];
     const winsize size = {.ws_row = 24, .ws_col = 80, .ws_xpixel = 0, .ws_ypixel = 0};
     m_shell = forkpty(&m_terminal, nullptr, nullptr, &size);
     if (m_shell == 0) {
         (void)close(ends[1]);
-        beShell(ends[0]);
+        beShell(ends[0], played.empty() ? -1 : script[0]);
     }
     (void)close(ends[0]);
+    (void)close(script[0]);
     EXPECT_TRUE(prompts());
 }
 
@@ -245,4 +251,32 @@ TEST(ShellTerminal, AnOverlongLineIsRefused)
     terminal.type("echo " + std::string(1500, 'x') + "\r");
     EXPECT_TRUE(terminal.sees("longer than 1023 characters\r\n"));
     EXPECT_TRUE(terminal.prompts());
+}
+
+TEST(ShellTerminal, FollowsWhatIsPlayed)
+{
+    Terminal terminal("echo one\n");
+    EXPECT_TRUE(terminal.sees("echo one\r\none\r\n"));
+    EXPECT_TRUE(terminal.prompts());
+    terminal.type("echo two\r");
+    EXPECT_TRUE(terminal.sees("\ntwo\r\n"));
+}
+
+TEST(ShellTerminal, EndsPlayingWhereALineFails)
+{
+    Terminal terminal("expect IFFOUND 0\necho one\n");
+    EXPECT_TRUE(terminal.sees("not called back within 0 s\r\n"));
+    EXPECT_TRUE(terminal.prompts());
+    terminal.type("echo two\r");
+    EXPECT_TRUE(terminal.sees("echo two\r\ntwo\r\n"));
+}
+
+TEST(ShellTerminal, AnInterruptEndsPlaying)
+{
+    Terminal terminal("watch\necho one\n");
+    EXPECT_TRUE(terminal.sees("watch\r\n"));
+    terminal.type("\003");
+    EXPECT_TRUE(terminal.prompts());
+    terminal.type("echo two\r");
+    EXPECT_TRUE(terminal.sees("echo two\r\ntwo\r\n"));
 }
