@@ -1,8 +1,8 @@
 """Scenarios with a Wi-Fi chip, a real supplicant and real access points: the world is virtualset/worlds/home.
 
 Each folder of wifi/ is a story. movo_net_shell plays its `script`; `callbacks` lists all that the application is told, in
-order, and `says` lines of the shell's output, in this order. commands/ has what the scripts use besides the shell's own
-commands.
+order, unless threads race for it, and `says` lines of the shell's output, in order. commands/ has what the scripts use
+besides the shell's own commands.
 """
 
 import pathlib
@@ -42,7 +42,8 @@ def test_story(wifi_tv, story):
     output = wifi_tv.play((STORIES / story / "script").read_text(), CHIPS.get(story, "brcm_43569"))
     said = iter(output.splitlines())
     assert [line for line in lines_of(story, "says") if line not in said] == [], output
-    assert callbacks(output) == lines_of(story, "callbacks")
+    if (STORIES / story / "callbacks").exists():
+        assert callbacks(output) == lines_of(story, "callbacks")
 
 
 def security(flags):
@@ -89,6 +90,14 @@ def test_running_supplicant_is_adopted_and_the_next_one_started_for_the_chip(wif
     before, after = re.findall(r"^supplicant (\d+)$", output, re.M)
     assert before == adopted != after
     assert "0 success: broadcom-43569\n" in output
+
+
+def test_supplicant_that_is_started_late_is_waited_for(wifi_tv):
+    wifi_tv.machine.check("pkill -KILL -x wpa_supplicant")
+    wifi_tv.start()
+    wifi_tv.expect("Wpa_supplicant is not running.wait_count 3$")
+    wifi_tv.machine.check("/movo/board/start_supplicant")
+    wifi_tv.expect("no saved Esss, need manual connect$")
 
 
 def test_off_and_on_again_leaves_nothing_behind(wifi_tv):
