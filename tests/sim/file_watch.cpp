@@ -19,6 +19,7 @@ void tell(const std::string& path, std::uint32_t changes, const std::string& byt
             world().problems.push_back("the events of " + path + " do not fit");
         }
     }
+    world().changed.notify_all(); // also when it is a callback that tells, which cannot settle
 }
 } // namespace
 

@@ -3,6 +3,7 @@
 #include "movo_net_fg/fg.h"
 
 #include <atomic>
+#include <sched.h>
 
 using namespace hostap;
 
@@ -118,6 +119,31 @@ TEST_P(SoftApRace, ShowsACallbackOneWholeDevice)
     bench.set.joinBackground();
     bench.set.settle();
     EXPECT_EQ(seen, 4 * (3 + 1));
+}
+
+TEST(SoftApRaces, LeaveTheDeviceAloneWhileACallbackRuns)
+{
+    Bench bench;
+    bench.start();
+    bench.writeLeases(kLease);
+    bool looked = false;
+    bench.set.onCallback([&](MovoNetCBReason_e, void*) {
+        if (looked) {
+            return;
+        }
+        looked = true;
+        bench.set.write(kLeases, "1 2 3 other 5\n");
+        bench.set.watch(kLeases).modified();
+        for (int yields = 0; yields < 20000; ++yields) { // the watch had every chance to come
+            (void)sched_yield();
+        }
+        EXPECT_STREQ(softap_connectinfo.devicename, "phone1");
+    });
+    bench.set.background([] { EXPECT_EQ(NotifyApp(sim::SOFTAPSCAN, &movonet::softApRecord), 0); });
+    bench.set.joinBackground();
+    bench.set.settle();
+    EXPECT_TRUE(looked);
+    EXPECT_STREQ(softap_connectinfo.devicename, "other");
 }
 
 TEST_P(SoftApRace, LetsACallbackStopAndStartTheAccessPoint)
