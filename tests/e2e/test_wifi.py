@@ -68,7 +68,7 @@ def expected_networks(table):
 def test_scan_lists_what_the_supplicant_sees(wifi_tv):
     output = wifi_tv.play(SCAN + "scan_results\nwifi list\n")
     _, table, listed = re.split(r"bssid / frequency / .*\n|0 success: \d+\nname .*\n", output)
-    assert len(table.splitlines()) >= 12    # the kernel may still know the hidden one's name from another scenario
+    assert len(table.splitlines()) >= 11    # all that tell their name; the hidden one's beacon may be missed
     assert {line[:34].rstrip(): line[34:].split()[:6] for line in listed.splitlines()} == \
         expected_networks(table.splitlines())
 
