@@ -41,28 +41,29 @@ void Attempts::command(const std::string& text, bool taken)
 
 void Attempts::callback(MovoNetCBReason_e reason)
 {
+    const bool linked = m_linked();
     const std::lock_guard lock(m_lock);
     std::ostringstream name;
     name << sim::Called{reason};
     note(name.str());
     switch (reason) {
     case sim::IFCONNECTED:
-        if (m_stage != Stage::Trying && m_linked()) {
+        if (m_stage != Stage::Trying && linked) {
             complain("connected without an attempt");
         }
         end(End::Connected, Stage::Joined);
         break;
     case sim::WIFIBADKEY:
-        if (m_stage != Stage::Trying && m_linked()) {
+        if (m_stage != Stage::Trying && linked) {
             complain("a bad key without an attempt");
         }
         end(End::BadKey, Stage::BadKey);
         break;
     case sim::WIFITIMEOUT:
-        timedOut();
+        timedOut(linked);
         break;
     case sim::IFDISCONNECTED:
-        disconnected();
+        disconnected(linked);
         break;
     default:
         break;
@@ -71,8 +72,9 @@ void Attempts::callback(MovoNetCBReason_e reason)
 
 void Attempts::finish()
 {
+    const bool linked = m_linked();
     const std::lock_guard lock(m_lock);
-    if (m_stage == Stage::BadKey && m_linked()) {
+    if (m_stage == Stage::BadKey && linked) {
         complain("the network of a bad key was not removed");
     }
     m_wasTrying = false;
@@ -93,9 +95,10 @@ int Attempts::resets() const
 bool Attempts::agreesWith(WpactrlConnectStatus_e status)
 {
     static constexpr Stage kStages[] = {Stage::None, Stage::Trying, Stage::Joined};
+    const bool linked = m_linked();
     const std::lock_guard lock(m_lock);
     const Stage expected = kStages[status];
-    if (!m_linked()) {
+    if (!linked) {
         m_stage = expected; // what the glue does to itself meanwhile is not seen here
     }
     return m_stage == expected;
@@ -127,7 +130,7 @@ void Attempts::removed()
     m_left = false;
 }
 
-void Attempts::disconnected()
+void Attempts::disconnected(bool linked)
 {
     if (m_removed) {
         if (m_wasTrying) {
@@ -139,14 +142,14 @@ void Attempts::disconnected()
     }
     const MovoNetIface_t* iface = m_iface();
     const bool addressed = iface != nullptr && movonet::get(iface->isConnected);
-    if (m_stage != Stage::Joined && !addressed && m_linked()) {
+    if (m_stage != Stage::Joined && !addressed && linked) {
         complain("disconnected from nothing");
     }
 }
 
-void Attempts::timedOut()
+void Attempts::timedOut(bool linked)
 {
-    if (m_wasTrying || (m_stage == Stage::Trying && !m_linked())) {
+    if (m_wasTrying || (m_stage == Stage::Trying && !linked)) {
         end(End::TimeOut, Stage::None);
     } else if (!m_left) { // left for want of an address is told as a time-out, too
         complain("a time-out without an attempt");

@@ -48,15 +48,15 @@ private:
 
     void begin();
     void removed();
-    void disconnected();
-    void timedOut();
+    void disconnected(bool linked);
+    void timedOut(bool linked);
     void end(End how, Stage next);
     void complain(const char* what);
     void note(const std::string& seen);
 
     std::function<MovoNetIface_t*()> m_iface;
-    std::function<bool()> m_linked;
-    mutable std::recursive_mutex m_lock;
+    std::function<bool()> m_linked; // asked before the lock is taken: the supplicant calls with its own in hand
+    mutable std::mutex m_lock;
     Stage m_stage = Stage::None;
     bool m_wasTrying = false; ///< The network that was removed was one being tried; how that ended shows later.
     bool m_removed = false;   ///< A network was removed, and nothing told since.

@@ -65,6 +65,9 @@ struct Library {
         const bool isPin = command.starts_with("WPS_PIN any ");
         const bool taken = result == 0 && (isPin ? command.ends_with(text) && !text.empty() : text.starts_with("OK"));
         supplicant.attempts.command(command, taken);
+        if (supplicant.afterCommand) {
+            supplicant.afterCommand(command);
+        }
         return result;
     }
 
@@ -105,13 +108,13 @@ struct Library {
 private:
     int answer(const wpa_ctrl& connection, const std::string& command, std::string& text)
     {
+        if (supplicant.onCommand) {
+            supplicant.onCommand(command);
+        }
         int result = connection.isStale ? -1 : 0;
         if (!supplicant.results.empty()) {
             result = supplicant.results.front();
             supplicant.results.pop_front();
-        }
-        if (supplicant.onCommand) {
-            supplicant.onCommand(command);
         }
         if (result == 0 && !supplicant.nextReplies.empty()) {
             text = supplicant.nextReplies.front();

@@ -46,8 +46,9 @@ struct Supplicant {
     bool attachFails = false;
     bool receiveFails = false;
     int pendingAtEnd = 0; ///< What is told of a connection without messages.
-    /** Runs before a command is answered, on the caller's thread. */
+    /** Run before a command is answered and after, on the caller's thread. */
     std::function<void(const std::string& command)> onCommand;
+    std::function<void(const std::string& command)> afterCommand;
 
     Lines commands; ///< As they were sent.
     Lines opened;   ///< Paths.

@@ -26,7 +26,7 @@ Television::Television(unsigned seed)
     set.onCommand("cp -f Misc/wpa_supplicant.conf").prints("");
     set.onCommand("supplicant -imlan0").does([this] { lives(true); }).prints("");
     m_ps.prints("");
-    m_supplicant.onCommand = [this](const std::string& command) {
+    m_supplicant.afterCommand = [this](const std::string& command) {
         if (command == "TERMINATE") {
             lives(false);
         }
