@@ -148,7 +148,7 @@ TEST(SoftApRaces, LeaveTheDeviceAloneWhileACallbackRuns)
 
 TEST_P(SoftApRace, LetsACallbackStopAndStartTheAccessPoint)
 {
-    int calls = 0;
+    std::atomic<int> calls{0};
     bench.set.onCallback([&calls](MovoNetCBReason_e, void*) {
         if (++calls == 1) {
             EXPECT_EQ(Movo_Net_WiFi_HostAP_Status(0), 1);
