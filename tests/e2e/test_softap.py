@@ -7,11 +7,10 @@ from wireless import WirelessTelevision
 
 BEGIN = "expect IFFOUND mlan0 20\nap start\n"
 GONE = """
-for pid in /run/phone*.pid; do [ ! -e "$pid" ] || kill -KILL "$(cat "$pid")"; done
 setprop dnsmasq.enable 0
 setprop hostapd.enable 0
 iw dev bcm0 del
-rm -rf /tmp/dnsmasq.leases /tmp/softapnotify.pipe.bcm0 /run/properties
+rm -rf /run/phone*.pid /tmp/dnsmasq.leases /tmp/softapnotify.pipe.bcm0 /run/properties
 true
 """
 
