@@ -84,6 +84,7 @@ class VirtualSet:
         self._commands, self._monitor, self._requests, self._terminal = Port(), Port(), Port(), Port()
         self._monitor_lock = threading.Lock()
         self.terminal_free = threading.Event()
+        self.story_told, self.story_shown = threading.Event(), threading.Event()
 
     def __enter__(self):
         self.start()
@@ -162,9 +163,12 @@ class VirtualSet:
     def on_terminal(self, command):
         """Starts a command on the machine's terminal, its errors in the log; returns the terminal's socket.
 
-        `terminal_free` is set when the command has ended.
+        `terminal_free` is set when the command has ended, `story_told` then or when it says so; it may then wait for
+        `story_shown`.
         """
         self.terminal_free.clear()
+        self.story_told.clear()
+        self.story_shown.clear()
         free = "echo terminal free > /dev/virtio-ports/request"
         self.check(f"setsid --ctty sh -c {_quoted(f'{command}; {free}')} < /dev/hvc0 > /dev/hvc0 2> /run/log &")
         return self._terminal.ours
@@ -190,7 +194,12 @@ class VirtualSet:
                 self.cable(nic, state == "on")
                 return "done"
             case ["terminal", "free"]:
+                self.story_told.set()
                 self.terminal_free.set()
+                return "done"
+            case ["story", "told"]:
+                self.story_told.set()
+                self.story_shown.wait(60)    # the program on the terminal may end with the answer
                 return "done"
         return "there is no such thing"
 

@@ -8,13 +8,16 @@ import sys
 import threading
 import time
 
+from .air import Air, launch
 from .machine import REPOSITORY, SetError, VirtualSet
-from .story import Story, lease_time
-from .summary import summarise
+from .story import Story
+from .summary import online, show_summary
 from .terminal import attach
 
 RELEASE = "/movo/build/release"
 SHELL = f"{RELEASE}/tools/movo_net_shell/movo_net_shell --programs /movo/virtualset/guest/commands"
+STORIES = pathlib.Path(__file__).parent / "stories"
+WHOLE = ["ethernet", "wifi"]
 KEPT = REPOSITORY / "build" / "television"
 LOG = REPOSITORY / "build" / "run.log"
 LEASE_SECONDS = 90
@@ -23,12 +26,12 @@ ON_TERMINAL = sys.stdin.isatty() and sys.stdout.isatty()
 
 
 class Follower(threading.Thread):
-    """Writes the log to a file; until told to be quiet it also prints it, each telling line followed by its story."""
+    """Writes the log to a file; while it is `shown` it also prints it, each telling line followed by its story."""
 
     def __init__(self, tv):
         super().__init__(daemon=True)
         self.tv = tv
-        self.quiet = False
+        self.shown = False
 
     def run(self):
         story = Story()
@@ -39,46 +42,51 @@ class Follower(threading.Thread):
                 for line in self.tv.log.next_lines(seen, 1):
                     seen += 1
                     print(line, file=file, flush=True)
-                    if not self.quiet:
+                    if self.shown:
                         print(f"{dim}  {line}{plain}", flush=True)
                         for sentence in story.tell(line):
                             print(f"{bold}    >> {sentence}{plain}", flush=True)
 
 
-def wait_for_lease(tv, runs):
-    """Until there is a lease and the log says which route is set, or the program ended, or the time is over."""
+def watch(tv, follower):
+    """The daemon, from its start until the television is online; returns whether it is."""
+    follower.shown = True
+    daemon = tv.spawn(f"env KEST_DEBUG=3 {RELEASE}/recovery/recovery_net")
     deadline = time.monotonic() + LEASE_SECONDS
-    while time.monotonic() < deadline and runs():
+    while time.monotonic() < deadline and tv.run(f"kill -0 {daemon}")[0] == 0:
         try:
             tv.log.wait_for("set gateway to", 5)
-            return
+            time.sleep(1)    # what the log announces is there a moment later
+            break
         except TimeoutError:
             pass
+    show_summary(tv)
+    return online(tv)
 
 
-def watch(tv):
-    """The daemon, from its start until the television is online; returns whether it is."""
-    daemon = tv.spawn(f"env KEST_DEBUG=3 {RELEASE}/recovery/recovery_net")
-    wait_for_lease(tv, lambda: tv.run(f"kill -0 {daemon}")[0] == 0)
-    return summarise(tv, daemon, LEASE_SECONDS)
-
-
-def talk(tv, follower):
-    """The shell instead of the daemon: when it is online the person has it."""
+def play(tv, script):
+    """A script for the shell instead of the daemon; at a terminal the person goes on. Returns the shell's status."""
+    tv.write("/tmp/script", script)
+    command = f"env KEST_DEBUG=3 TERM={terminal_type(tv)} {SHELL} --play /tmp/script"
+    keyboard = "" if ON_TERMINAL else "< /dev/null"
+    if tv.chip:
+        command = launch(command)
     columns, rows = shutil.get_terminal_size()
     tv.check(f"stty rows {rows} cols {columns} < /dev/hvc0")
-    terminal = tv.on_terminal(f"env KEST_DEBUG=3 TERM={terminal_type(tv)} {SHELL}")
-    wait_for_lease(tv, lambda: not tv.terminal_free.is_set())
-    time.sleep(1)    # the route that was announced is there a moment later
-    follower.quiet = True
-    print(f"""
-From start to lease: {lease_time(tv.log.lines) or 'none yet'}. The log goes on in {LOG}.
-Everything the network layer offers is a command now (help, the tab key), and so is the cable: cable off, cable on.
-quit, or the end of input (Ctrl-D), switches the television off.
+    terminal = tv.on_terminal(f"{command} {keyboard}; echo $? > /tmp/status")
+    attach(terminal, tv.story_told, keyboard=False)
+    show_summary(tv)
+    tv.story_shown.set()
+    if ON_TERMINAL:
+        print(f"""
+Everything the network layer offers is a command now (help, the tab key), and so is the television's surroundings: cable
+off, cable on. quit, or the end of input (Ctrl-D), switches the television off. The log goes on in {LOG}.
 """)
-    terminal.sendall(b"status\n")
-    attach(terminal, tv.terminal_free)
-    print("\nThe television is off.")
+        attach(terminal, tv.terminal_free)
+        print("\nThe television is off.")
+    elif not tv.terminal_free.wait(30):
+        raise SetError("the shell does not end")
+    return int(tv.check("cat /tmp/status"))
 
 
 def terminal_type(tv):
@@ -88,40 +96,38 @@ def terminal_type(tv):
     return name if known else "vt100"
 
 
-def play(tv, script, follower):
-    """A script of the shell, whose output is shown instead of the log; returns the shell's status."""
-    follower.quiet = True
-    tv.write("/tmp/script", script)
-    terminal = tv.on_terminal(f"env KEST_DEBUG=3 {SHELL} < /tmp/script; echo $? > /tmp/status")
-    attach(terminal, tv.terminal_free, keyboard=False)
-    status = int(tv.check("cat /tmp/status"))
-    print(f"\nThe script ended with status {status}; the log is in {LOG}.")
-    return status
-
-
 def parse_arguments():
     parser = argparse.ArgumentParser(add_help=False)
     parser.add_argument("--fresh", action="store_true")
-    parser.add_argument("script", nargs="?", type=pathlib.Path)
+    parser.add_argument("story", nargs="?")
     return parser.parse_args()
+
+
+def script_of(story):
+    """The lines to play: those of a story of ours, or a file."""
+    names = WHOLE if story is None else [story]
+    known = all((STORIES / name).exists() for name in names)
+    lines = [path.read_bytes() for path in ([STORIES / name for name in names] if known else [pathlib.Path(story)])]
+    return b"\n".join(lines) + b"\ntold\n"
 
 
 def main():
     arguments = parse_arguments()
-    script = arguments.script.read_bytes() if arguments.script else None
+    script = script_of(arguments.story)
     if arguments.fresh:
         shutil.rmtree(KEPT, ignore_errors=True)
     KEPT.mkdir(parents=True, exist_ok=True)
     print(f"  The television keeps its settings in {KEPT}; ./run --fresh forgets them.", flush=True)
-    with VirtualSet(limit=SESSION_SECONDS if ON_TERMINAL else 300, data=KEPT) as tv:
+    wired = arguments.story == "ethernet"
+    with VirtualSet(limit=SESSION_SECONDS if ON_TERMINAL else 300, data=KEPT, chip=not wired) as tv:
         follower = Follower(tv)
         follower.start()
-        if script is not None:
-            return play(tv, script, follower)
-        if ON_TERMINAL:
-            talk(tv, follower)
-            return 0
-        return 0 if watch(tv) else 1
+        if wired and not ON_TERMINAL:
+            return 0 if watch(tv, follower) else 1
+        if tv.chip:
+            Air(tv).appear()
+            tv.check("/movo/board/start_supplicant")
+        return play(tv, script)
 
 
 if __name__ == "__main__":

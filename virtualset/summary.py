@@ -1,49 +1,42 @@
 """How the television stands, at a glance: asked from the kernel and not from the daemon."""
 
 import re
-import time
 
 from .story import lease_time
 
 
-def facts(tv, ifname="eth0"):
-    def first(pattern, text):
-        match = re.search(pattern, text, re.M)
-        return match[1] if match else ""
-
-    ifconfig = tv.run(f"ifconfig {ifname}")[1]
-    gateway = first(rf"^default via (\S+) dev {ifname}", tv.run("ip route")[1])
-    reachable = gateway and tv.run(f"ping -c 1 -W 2 {gateway}")[0] == 0
-    return {
-        "Interface": ifname,
-        "MAC address": first(r"ether (\S+)", ifconfig),
-        "Address": first(r"inet (\S+)", ifconfig),
-        "Mask": first(r"netmask (\S+)", ifconfig),
-        "Gateway": gateway,
-        "DNS": ", ".join(re.findall(r"^nameserver (\S+)", tv.run("cat /etc/resolv.conf")[1], re.M)),
-        "Start to lease": lease_time(tv.log.lines),
-        "Gateway reachable": "yes" if reachable else "no",
-    }
+def addresses(tv):
+    """Address and length by interface, of those that have one."""
+    lines = tv.run("ip -4 -o address show up")[1]
+    return dict(re.findall(r"^\d+: (\w+) +inet (\S+)", lines, re.M))
 
 
-def summarise(tv, daemon, waited_seconds):
-    """Prints the facts and what they mean; returns whether the television is online."""
-    summary = facts(tv)
-    if summary["Address"] and not summary["Gateway"]:    # announced, not there yet
-        time.sleep(1)
-        summary = facts(tv)
-    print()
-    for name, value in summary.items():
-        print(f"  {name:<18} {value or '-'}")
+def gateway(tv):
+    """The gateway of the first default route and its interface, or None."""
+    match = re.search(r"^default via (\S+) dev (\S+)", tv.run("ip -4 route")[1], re.M)
+    return match and match.groups()
 
-    online = summary["Gateway reachable"] == "yes" and summary["DNS"] != ""
-    if online:
-        verdict = f"Online: {summary['Interface']} has {summary['Address']} and the gateway answers."
-    elif tv.run(f"kill -0 {daemon}")[0] != 0:
-        verdict = "Not online: the daemon has ended."
-    elif not summary["Address"]:
-        verdict = f"Not online: no address within {waited_seconds} s."
-    else:
-        verdict = "Not online: the gateway does not answer or there is no resolver."
-    print(f"\n{verdict}", flush=True)
-    return online
+
+def online(tv):
+    via = gateway(tv)
+    return bool(via) and tv.run(f"ping -c 1 -W 2 {via[0]}")[0] == 0
+
+
+def show_summary(tv):
+    """Prints the interfaces that have an address, what they have in common, and whether the television is online."""
+    print(f"\n  {'Interface':<12}{'MAC address':<20}Address")
+    for name, address in addresses(tv).items():
+        if name != "lo":
+            mac = tv.run(f"cat /sys/class/net/{name}/address")[1].strip()
+            print(f"  {name:<12}{mac:<20}{address}")
+    via = gateway(tv)
+    servers = re.findall(r"^nameserver (\S+)", tv.run("cat /etc/resolv.conf")[1], re.M)
+    reachable = online(tv)
+    for label, value in [
+        ("Gateway", f"{via[0]} on {via[1]}" if via else "-"),
+        ("DNS", ", ".join(servers) or "-"),
+        ("Start to lease", lease_time(tv.log.lines) or "-"),
+        ("Gateway reachable", "yes" if reachable else "no"),
+    ]:
+        print(f"  {label:<20}{value}")
+    print(f"\n{'Online' if reachable else 'Not online'}.", flush=True)

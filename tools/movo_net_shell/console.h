@@ -28,6 +28,9 @@ public:
     void print(const char* format, ...) __attribute__((format(printf, 2, 3)));
     void complain(const char* format, ...) __attribute__((format(printf, 2, 3)));
 
+    /** For a program that prints in the console's place. */
+    int outputDescriptor() const { return fileno(m_output); }
+
     /** A result with the meaning of its code; the value follows when the code is 0. */
     void result(RETURN_TYPE code);
     void result(RETURN_TYPE code, const std::string& value);

@@ -16,6 +16,20 @@ constexpr char kUsage[] =
     "lists them. With --no-start the glue waits for the command start. The programs of FOLDER are\n"
     "commands too. The commands of SCRIPT are shown and run first.\n";
 
+/**
+ * The shell's own way to standard output. What the glue and its commands print there goes to standard error from now
+ * on, to the log.
+ */
+std::FILE* takeOutput()
+{
+    const int own = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0);
+    std::FILE* const output = own < 0 ? nullptr : fdopen(own, "w");
+    if (output == nullptr || dup2(STDERR_FILENO, STDOUT_FILENO) < 0) {
+        return stdout;
+    }
+    return output;
+}
+
 /** What the platform does for a program that hosts the glue. */
 void setUp()
 {
@@ -49,5 +63,6 @@ int main(int argc, char** argv)
         }
     }
     setUp();
+    options.output = takeOutput();
     return shell::run(options);
 }

@@ -21,7 +21,7 @@ std::string pathOf(const std::string& name)
 }
 
 /** The status as a shell tells it, -1 when the program does not start. */
-int statusOf(Arguments words)
+int statusOf(Arguments words, int output)
 {
     std::vector<char*> arguments;
     for (const std::string& word : words) {
@@ -31,6 +31,7 @@ int statusOf(Arguments words)
     posix_spawn_file_actions_t files;
     (void)posix_spawn_file_actions_init(&files);
     (void)posix_spawn_file_actions_addopen(&files, STDIN_FILENO, "/dev/null", O_RDONLY, 0); // a script's lines are ours
+    (void)posix_spawn_file_actions_adddup2(&files, output, STDOUT_FILENO);
     pid_t child = -1;
     const int error = posix_spawn(&child, pathOf(words[0]).c_str(), &files, nullptr, arguments.data(), environ);
     (void)posix_spawn_file_actions_destroy(&files);
@@ -74,7 +75,7 @@ std::vector<std::string> programNames()
 Outcome runProgram(Console& console, Arguments words)
 {
     console.showArrivals();
-    const int status = statusOf(words);
+    const int status = statusOf(words, console.outputDescriptor());
     if (status == 0) {
         return Outcome::Done;
     }

@@ -1,6 +1,7 @@
 #include "fake_state.h"
 
 #include <chrono>
+#include <cstdio>
 
 kest_debug_category* movoglue_net_debug;
 kest_uint8 g_NetworkLinkType;
@@ -111,6 +112,7 @@ RETURN_TYPE Movo_NET_Glue_Init(void)
     const int result = called("Movo_NET_Glue_Init");
     if (result == 0 && !state().running) {
         startLoop();
+        (void)std::puts("printed by the library");
         callBack(_MOVO_NET_CALLBACK_IFFOUND_, "eth0");
     }
     return result;

@@ -11,12 +11,12 @@
 namespace {
 struct Ended {
     int status;
-    std::string output; // and errors
+    std::string output; // and errors, unless they go elsewhere
 };
 
-Ended runProgram(const std::string& arguments, const std::string& script)
+Ended runProgram(const std::string& arguments, const std::string& script, const std::string& errors = "&1")
 {
-    const std::string command = "printf '" + script + "' | " SHELL_PROGRAM " " + arguments + " 2>&1";
+    const std::string command = "printf '" + script + "' | " SHELL_PROGRAM " " + arguments + " 2>" + errors;
     std::FILE* const program = popen(command.c_str(), "r");
     std::string output;
     for (int c = std::fgetc(program); c != EOF; c = std::fgetc(program)) {
@@ -108,6 +108,15 @@ TEST_F(ShellProgramPlays, AndTellsTheLineOfTheScriptThatItDoesNotUnderstand)
 TEST_F(ShellProgramPlays, QuitAsItsEnd)
 {
     EXPECT_EQ(play("quit\n", "echo two\\n").output, "movo> quit\n");
+}
+
+TEST(ShellProgram, LeavesWhatOthersPrintToTheLog)
+{
+    const std::string script = "start\\nrunning\\n";
+    EXPECT_NE(runProgram("--no-start", script).output.find("printed by the library"), std::string::npos);
+    const Ended ended = runProgram("--no-start", script, "/dev/null");
+    EXPECT_NE(ended.output.find("1 yes"), std::string::npos) << ended.output;
+    EXPECT_EQ(ended.output.find("printed by the library"), std::string::npos) << ended.output;
 }
 
 TEST(ShellProgram, RefusesAScriptThatItCannotRead)
