@@ -111,22 +111,30 @@ def script_of(story):
     return b"\n".join(lines) + b"\ntold\n"
 
 
+def surround(tv, new):
+    """Gives the television its name, its supplicant, and unless it is new the access points that it may know."""
+    air = Air(tv)
+    if not new:
+        air.appear()
+    tv.check("/movo/board/start_supplicant; setprop persist.device_name MyTV")
+
+
 def main():
     arguments = parse_arguments()
     script = script_of(arguments.story)
     if arguments.fresh:
         shutil.rmtree(KEPT, ignore_errors=True)
     KEPT.mkdir(parents=True, exist_ok=True)
-    print(f"  The television keeps its settings in {KEPT}; ./run --fresh forgets them.", flush=True)
-    wired = arguments.story == "ethernet"
-    with VirtualSet(limit=SESSION_SECONDS if ON_TERMINAL else 300, data=KEPT, chip=not wired) as tv:
+    wired, new = arguments.story == "ethernet", arguments.story == "softap"
+    if not new:
+        print(f"  The television keeps its settings in {KEPT}; ./run --fresh forgets them.", flush=True)
+    with VirtualSet(limit=SESSION_SECONDS if ON_TERMINAL else 300, data=None if new else KEPT, chip=not wired) as tv:
         follower = Follower(tv)
         follower.start()
         if wired and not ON_TERMINAL:
             return 0 if watch(tv, follower) else 1
         if tv.chip:
-            Air(tv).appear()
-            tv.check("/movo/board/start_supplicant")
+            surround(tv, new)
         return play(tv, script)
 
 
