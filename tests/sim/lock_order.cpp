@@ -2,6 +2,7 @@
 
 #include "movo_net_fg/fg.h"
 #include "movo_net_fl_eventloop/eventloop.h"
+#include "movo_net_fl_wpactrl/wpactrl.h"
 
 #include <atomic>
 #include <set>
@@ -29,6 +30,19 @@ std::set<const void*>& made()
     return all;
 }
 
+/** The lock of a listed interface's link to its supplicant. */
+bool isLinkLock(const void* mutex)
+{
+    for (MovoNetIface_t* iface = movonet::firstInterface(); iface != nullptr; iface = movonet::nextInterface(iface)) {
+        const bool isReal = iface->funcs.Active == int_Movo_Net_Wpactrl_Active; // and not a test's own
+        const Wpactrl_t* link = isReal ? wpactrl_iface(iface) : nullptr;
+        if (link != nullptr && isOf(mutex, link->lock)) {
+            return true;
+        }
+    }
+    return false;
+}
+
 void count(const void* mutex, int change)
 {
     if (isOf(mutex, movonet::eventListLock)) {
@@ -47,9 +61,9 @@ int Set::heldLocks() const
     return s_held;
 }
 
-bool isCallbackLock(const void* mutex)
+bool looksTried(const void* mutex)
 {
-    return isOf(mutex, movonet::callbackListLock);
+    return isOf(mutex, movonet::callbackListLock) || (t_loopLock > 0 && isLinkLock(mutex));
 }
 
 void noteMade(const void* mutex)

@@ -9,14 +9,14 @@
 using namespace sim;
 
 /**
- * The link pass takes the callback's lock with that of the list in hand, a callback the list's with its own: no
- * deadlock, since both hold the event loop's lock. The thread sanitizer would call it one, unless it sees one of the
- * two as merely tried.
+ * The link pass takes the callback's lock and that of a supplicant's link with the list's in hand, a callback and the
+ * supplicant's events the list's with their own: no deadlock, since all hold the event loop's lock. The thread
+ * sanitizer would call it one, unless it sees one of two as merely tried.
  */
 static int lockForSanitizer(pthread_mutex_t* mutex)
 {
 #ifdef SIM_THREAD_SANITIZER
-    if (isCallbackLock(mutex)) {
+    if (looksTried(mutex)) {
         int result = 0;
         while ((result = pthread_mutex_trylock(mutex)) == EBUSY) {
             (void)sched_yield();

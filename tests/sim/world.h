@@ -124,7 +124,8 @@ void checkOrder(const void* mutex);
 void noteMade(const void* mutex);
 void noteLocked(const void* mutex);
 void noteUnlocked(const void* mutex);
-bool isCallbackLock(const void* mutex);
+/** Is the thread sanitizer to see this lock as merely tried by the calling thread? */
+bool looksTried(const void* mutex);
 
 /** Does any thread wait for a tick? The world is held. */
 bool anybodySelects();
