@@ -96,18 +96,6 @@ TEST(Saved, TheNewestComesFirstAndTheSameTwiceCostsNothing)
     EXPECT_EQ(store.names(), (Lines{"A", "A", "B"})) << "another access point is another network";
 }
 
-TEST(Saved, FiftyReachTheFile)
-{
-    Store store;
-    for (int index = 0; index < 51; ++index) {
-        save("n" + std::to_string(index));
-    }
-    EXPECT_EQ(store.set.read(kFile).size(), 7600U);
-    EXPECT_EQ(LoadEsss(), 0);
-    EXPECT_EQ(store.names().size(), 50U);
-    EXPECT_EQ(store.names().back(), "n1");
-}
-
 TEST(Saved, AnEmptyFileIsRestoredFromTheBackup)
 {
     Store store;
@@ -119,17 +107,6 @@ TEST(Saved, AnEmptyFileIsRestoredFromTheBackup)
         .prints("");
     EXPECT_EQ(LoadEsss(), 0);
     EXPECT_EQ(store.set.read(kFile).size(), 304U);
-}
-
-TEST(Saved, AFileOfEveryLengthLoadsItsWholeRecords)
-{
-    Store store;
-    for (const std::size_t length : {1U, 151U, 152U, 200U, 303U, 304U, 7700U}) {
-        store.set.write(kFile, std::string(length, '\xff'));
-        EXPECT_EQ(LoadEsss(), 0);
-        EXPECT_EQ(store.names().size(), length / 152) << length;
-    }
-    EXPECT_EQ(store.names().front(), std::string(32, '\xff')) << "a name without end mark is cut";
 }
 
 TEST(Saved, NothingIsLoadedWithoutAFile)

@@ -1,7 +1,10 @@
 #include "bench.h"
 #include "movo_net_fl_wpactrl/flags.h"
 
+#include <algorithm>
+#include <cctype>
 #include <gtest/gtest.h>
+#include <sstream>
 
 using namespace wifi;
 using namespace movonet;
@@ -117,15 +120,66 @@ TEST(ScanResult, RefusesWhatIsNoTable)
     EXPECT_CALLBACKS(bench.set, {});
 }
 
-TEST(ScanResult, SurvivesRepliesOfEverySizeAroundTheLimit)
+/** The names of a table, as far as it was told. */
+Lines namesIn(const std::string& table)
+{
+    Lines names;
+    std::istringstream lines(table);
+    std::string each;
+    for (std::getline(lines, each); std::getline(lines, each) && names.size() < MOVO_NET_MAX_ESSS;) {
+        const std::size_t name = each.rfind('\t');
+        const bool whole = std::ranges::count(each, '\t') == 4 && name + 1 < each.size();
+        if (whole && std::ranges::find(names, each.substr(name + 1)) == names.end()) {
+            names.push_back(each.substr(name + 1));
+        }
+    }
+    return names;
+}
+
+TEST(ScanResult, CutsARepliesAtItsRoomWhateverItsSize)
+{
+    constexpr std::size_t kRoom = 5119;
+    std::string table = kHeader;
+    for (int number = 0; table.size() < 6000; ++number) {
+        // Names of all lengths, so that fewer than fifty lines fill the room and the cut meets every field.
+        table += line(std::to_string(number) + std::string(static_cast<std::size_t>(60 + number % 20), 'n'), -40);
+    }
+    Bench bench;
+    for (std::size_t size = 4900; size <= 5400; ++size) {
+        ASSERT_EQ(read(bench, table.substr(0, size)).size(), namesIn(table.substr(0, std::min(size, kRoom))).size())
+            << size;
+        ASSERT_EQ(bench.set.read("/tmp/wpa_scan_result"), table.substr(0, std::min(size, kRoom)));
+        bench.set.forget();
+    }
+}
+
+TEST(ScanResult, OfEverySizeIsReadAsFarAsItGoes)
+{
+    const std::string table = kHeader + line("Home", -40, "[WPA2-PSK-CCMP][ESS]") + line("Other Net", -50);
+    Bench bench;
+    for (std::size_t size = 0; size <= table.size(); ++size) {
+        bench.supplicant.replies["SCAN_RESULTS"] = {table.substr(0, size)};
+        const bool isTable = size + 1 >= kHeader.size();
+        ASSERT_EQ(int_Movo_Net_Wpactrl_ScanResult(&bench.iface), isTable ? 0 : 1) << size;
+        ASSERT_LE(bench.wifi().esss_num, 2) << size;
+    }
+    EXPECT_STREQ(bench.wifi().esss[1].essid, "Other Net");
+}
+
+TEST(ScanResult, ListsNamesOfEveryByteThatALineCanHold)
 {
     Bench bench;
-    for (const std::size_t size : {47U, 48U, 5117U, 5118U, 5119U, 5120U, 6000U}) {
-        std::string result = kHeader;
-        while (result.size() < size) {
-            result += line("name" + std::to_string(result.size()), -40);
+    for (int byte = 1; byte < 256; ++byte) {
+        const char character = static_cast<char>(byte);
+        for (const std::size_t length : {1U, 31U, 32U}) {
+            // In the middle every byte but the line's end stands as it is; blanks at the beginning get lost.
+            const std::string name = length == 1 ? std::string(1, character) : "a" + std::string(length - 1, character);
+            const bool lost = character == '\n' || (length == 1 && std::isspace(byte) != 0);
+            const Lines names = read(bench, kHeader + line(name, -40));
+            const Lines expected = character == '\n' && length > 1 ? Lines{"a"} : (lost ? Lines{} : Lines{name});
+            ASSERT_EQ(names, expected) << byte << " " << length;
         }
-        EXPECT_FALSE(size > 100 && read(bench, result.substr(0, size)).empty()) << size;
+        bench.set.forget();
     }
 }
 
