@@ -1,77 +1,12 @@
 #include "movo_net_fg/netconfig_image.h"
 
-#include "support/shared.h"
+#include "support/image.h"
 
 #include <algorithm>
-#include <cstring>
 
 namespace movonet {
 namespace {
-/** Whether a field is taken from the file or starts anew. */
-enum class OnLoad { Kept, Cleared };
 using enum OnLoad;
-
-class ImageWriter {
-public:
-    explicit ImageWriter(RecordImage to) : m_to(to) {}
-
-    void text(std::size_t offset, const char (&field)[9], OnLoad /*onLoad*/)
-    {
-        std::memcpy(m_to.data() + offset, field, sizeof(field));
-    }
-    /** An integer of any size, lowest byte first. */
-    template <typename Integer>
-    void le(std::size_t offset, const Integer& field, OnLoad /*onLoad*/)
-    {
-        const auto value = static_cast<std::uint64_t>(get(field));
-        for (std::size_t byte = 0; byte < sizeof(field); ++byte) {
-            m_to[offset + byte] = static_cast<std::uint8_t>(value >> (8 * byte));
-        }
-    }
-    /** An address, in the order in which memory has it. */
-    template <typename Address>
-    void bytes(std::size_t offset, const Address& field, OnLoad /*onLoad*/)
-    {
-        const Address value = get(field);
-        std::memcpy(m_to.data() + offset, &value, sizeof(value));
-    }
-
-private:
-    RecordImage m_to;
-};
-
-class ImageReader {
-public:
-    explicit ImageReader(ConstRecordImage from) : m_from(from) {}
-
-    void text(std::size_t offset, char (&field)[9], OnLoad onLoad)
-    {
-        if (onLoad == Kept) {
-            std::memcpy(field, m_from.data() + offset, sizeof(field) - 1); // the file may have no end mark
-        }
-    }
-    template <typename Integer>
-    void le(std::size_t offset, Integer& field, OnLoad onLoad)
-    {
-        if (onLoad == Kept) {
-            std::uint64_t value = 0;
-            for (std::size_t byte = sizeof(field); byte > 0; --byte) {
-                value = value << 8 | m_from[offset + byte - 1];
-            }
-            field = static_cast<Integer>(value);
-        }
-    }
-    template <typename Address>
-    void bytes(std::size_t offset, Address& field, OnLoad onLoad)
-    {
-        if (onLoad == Kept) {
-            std::memcpy(&field, m_from.data() + offset, sizeof(field));
-        }
-    }
-
-private:
-    ConstRecordImage m_from;
-};
 
 /** The offset of a field in the file, where every machine's record has it too. */
 template <std::size_t inFile, std::size_t inRecord>
@@ -122,17 +57,13 @@ void walkFields(Image image, Iface& iface)
 
 void encodeCheck(std::uint32_t from, CheckImage to)
 {
-    for (std::size_t byte = 0; byte < kCheckSize; ++byte) {
-        to[byte] = static_cast<std::uint8_t>(from >> (8 * byte));
-    }
+    ImageWriter(to).le(0, from);
 }
 
 std::uint32_t decodeCheck(ConstCheckImage from)
 {
     std::uint32_t value = 0;
-    for (std::size_t byte = kCheckSize; byte > 0; --byte) {
-        value = value << 8 | from[byte - 1];
-    }
+    ImageReader(from).le(0, value);
     return value;
 }
 
