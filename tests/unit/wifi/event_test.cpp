@@ -160,36 +160,6 @@ TEST(Drain, CutsAMessageOfAnyLength)
     EXPECT_EQ(bench.link().connectStatus, WPACTRL_STATUS_CONNECTING);
 }
 
-TEST(RealTranscripts, Wpa2ConnectsAndIsRemembered)
-{
-    Bench bench;
-    bench.connect();
-    EXPECT_EQ(bench.hear(eventsOf("wpa2_ok.txt", "CTRL-EVENT-CONNECTED")), 0);
-    EXPECT_CALLBACKS(bench.set, {{kIfConnected, "mlan0"}});
-    EXPECT_EQ(bench.link().connectStatus, WPACTRL_STATUS_CONNECTED);
-}
-
-TEST(RealTranscripts, AWrongKeyIsToldOnce)
-{
-    Bench bench;
-    bench.connect();
-    EXPECT_EQ(bench.hear(eventsOf("wpa2_wrong_key.txt", "no such text")), 0);
-    EXPECT_CALLBACKS(bench.set, {{kBadKey, "mlan0"}});
-    EXPECT_EQ(bench.link().connectStatus, WPACTRL_STATUS_NONE);
-}
-
-TEST(RealTranscripts, AnAccessPointThatVanishesIsTriedAgain)
-{
-    Bench bench;
-    bench.connect();
-    EXPECT_EQ(bench.hear(eventsOf("ap_vanish.txt", "reason=4")), 0);
-    EXPECT_CALLBACKS(bench.set, {{kIfConnected, "mlan0"},
-                                 {sim::IFDISCONNECTED, "mlan0"},
-                                 {kIfConnected, "mlan0"},
-                                 {sim::IFDISCONNECTED, "mlan0"}});
-    EXPECT_EQ(bench.link().connectStatus, WPACTRL_STATUS_CONNECTING);
-}
-
 TEST(RealTranscripts, WpsTeachesItsNetwork)
 {
     Bench bench;

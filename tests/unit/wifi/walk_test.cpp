@@ -64,7 +64,7 @@ TEST_P(Walk, HoldsWhatAlwaysHolds)
         FAIL() << "seed " << GetParam() << ", play it again with\nWIFI_WALK=\"" << textOf(trace) << "\"";
     }
 }
-INSTANTIATE_TEST_SUITE_P(Seeds, Walk, testing::Range(1U, 51U));
+INSTANTIATE_TEST_SUITE_P(Seeds, Walk, testing::Range(1U, WALK_SEEDS + 1U));
 
 TEST(AWalk, MeetsEveryEndOfAnAttempt)
 {
