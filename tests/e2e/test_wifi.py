@@ -1,8 +1,8 @@
 """Scenarios with a Wi-Fi chip, a real supplicant and real access points: the world is virtualset/worlds/home.
 
 Each folder of wifi/ is a story. movo_net_shell plays its `script`; `callbacks` lists all that the application is told, in
-order, unless threads race for it, and `says` lines of the shell's output, in order. commands/ has what the scripts use
-besides the shell's own commands.
+order, unless threads race for it, and `says` lines of the shell's output, in order. A .conf is one more access point.
+commands/ has what the scripts use besides the shell's own commands.
 """
 
 import pathlib
@@ -34,6 +34,19 @@ def lines_of(story, name):
     return path.read_text().splitlines() if path.exists() else []
 
 
+@pytest.fixture
+def strangers(story, wifi_tv):
+    """The access points that only this story has."""
+    def tell(word):
+        for conf in (STORIES / story).glob("*.conf"):
+            wifi_tv.machine.check(f"/movo/virtualset/guest/access_point /movo/tests/e2e/wifi/{story}/{conf.name} {word}")
+
+    tell("start")
+    yield
+    tell("stop")
+
+
+@pytest.mark.usefixtures("strangers")
 @pytest.mark.parametrize("story", sorted(path.name for path in STORIES.iterdir()))
 def test_story(wifi_tv, story):
     if story == "cable_and_wifi":
@@ -43,7 +56,9 @@ def test_story(wifi_tv, story):
     said = iter(output.splitlines())
     assert [line for line in lines_of(story, "says") if line not in said] == [], output
     if (STORIES / story / "callbacks").exists():
-        assert callbacks(output) == lines_of(story, "callbacks")
+        # Whether the cable's "down" comes before the link pass sees the PHY is a race that either may win.
+        told = [callback for callback in callbacks(output) if callback != "IFDISCONNECTED eth0"]
+        assert told == lines_of(story, "callbacks")
 
 
 def security(flags):
@@ -105,18 +120,20 @@ def test_off_and_on_again_leaves_nothing_behind(wifi_tv):
     wifi_tv.play("expect IFFOUND mlan0 20\n" + again + "flat note\n" + 20 * again + "flat check\n")
 
 
-def test_after_a_reboot_the_network_of_last_time_is_joined(wifi_tv, tmp_path):
+def test_after_a_power_cut_the_network_of_last_time_is_joined(wifi_tv, tmp_path):
     wifi_tv.play(SCAN + 'wifi join "My Home Net" "correct horse"\nexpect DHCP_SUCCESS mlan0 20\n')
     kept = tmp_path / "tv" / "save" / "saved_esss"
     kept.parent.mkdir(parents=True)
     kept.write_bytes(wifi_tv.machine.read("/data/tv/save/saved_esss"))
 
     with VirtualSet(nics=["cable"], chip=True, limit=120, data=tmp_path) as machine:
-        Air(machine, "home").appear("living_room")
+        air = Air(machine, "home")
         tv = WirelessTelevision(machine)
         tv.unplug("eth0")
         machine.check("/movo/board/start_supplicant")
         tv.start()
+        tv.expect("connect to My Home Net, with netid 0 OK$")
+        air.appear("living_room")    # the power was out for all, and the set is the faster one
         tv.expect("connected$")
         tv.expect("set gateway to 192.168.21.1")
         tv.sees(tv.default_routes, [("192.168.21.1", "mlan0")])
