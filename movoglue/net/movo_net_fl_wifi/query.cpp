@@ -241,11 +241,10 @@ RETURN_TYPE int_Movo_NET_WifiConnectEss(MovoNetIface_t* pIface, const char* essi
     if (essid == nullptr) {
         return kBadArgument;
     }
-    MovoNetWifi_t& wifi = *wifi_iface(pIface);
-    const int index = get_essid_index(&wifi, essid);
-    if (index < 0) {
+    MovNetWifiEssItem_t ess; // a copy: another thread's scan may put another network into its place
+    if (!findScannedEss(*wifi_iface(pIface), essid, ess)) {
         return kFail;
     }
     set(g_isWifiConnectByUI, kTrue);
-    return int_Movo_Net_Wpactrl_Connect(pIface, &wifi.esss[index]);
+    return int_Movo_Net_Wpactrl_Connect(pIface, &ess);
 }

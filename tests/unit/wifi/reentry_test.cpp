@@ -2,6 +2,7 @@
 
 #include "unit/fg/every_call.h"
 
+#include <algorithm>
 #include <atomic>
 #include <gtest/gtest.h>
 #include <movo_net.h>
@@ -152,6 +153,28 @@ TEST_P(Threads, ApplicationsCallEverythingWhileTheSupplicantTalks)
     }
     television.set.joinBackground();
     EXPECT_LE(television.supplicant.connections(), 2);
+}
+
+TEST_P(Threads, TheNetworkThatWasAskedForIsJoinedThoughTheTableChanges)
+{
+    Television television(GetParam());
+    television.startWith({{"Net", "[ESS]"}, {"Other", "[ESS]"}});
+    television.supplicant.attempts.lookAway();
+    television.set.background([&television] {
+        for (int round = 0; round < 50; ++round) {
+            television.tells({{"Net", "[ESS]"}, {"Other", "[ESS]"}});
+            EXPECT_EQ(Movo_NET_WifiUpdateEsss(0, "mlan0"), 0);
+            television.tells({{"Other", "[ESS]"}, {"Net", "[ESS]"}});
+            EXPECT_EQ(Movo_NET_WifiUpdateEsss(0, "mlan0"), 0);
+        }
+    });
+    for (int round = 0; round < 50; ++round) {
+        EXPECT_EQ(Movo_NET_WifiConnectEss(0, "mlan0", "Net"), 0);
+    }
+    television.set.joinBackground();
+    const Lines commands = sent(television.supplicant);
+    EXPECT_EQ(std::ranges::count(commands, "SET_NETWORK 0 ssid \"Net\""), 50);
+    EXPECT_EQ(std::ranges::count(commands, "SET_NETWORK 0 ssid \"Other\""), 0);
 }
 INSTANTIATE_TEST_SUITE_P(Seeds, Threads, testing::Range(1U, 5U));
 } // namespace

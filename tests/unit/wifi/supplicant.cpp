@@ -165,6 +165,12 @@ void Supplicant::says(const Lines& messages)
     }
 }
 
+void Supplicant::answers(const std::string& command, const std::string& reply)
+{
+    const std::lock_guard guard(m_lock);
+    replies[command] = {reply};
+}
+
 void Supplicant::lives(bool alive)
 {
     const std::lock_guard guard(m_lock);

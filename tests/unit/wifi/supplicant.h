@@ -27,6 +27,8 @@ struct Supplicant {
 
     /** Messages arrive on the monitor connection, if there is one: the loop finds it readable. */
     void says(const Lines& messages);
+    /** Replies to a command from now on, also while requests come from other threads. */
+    void answers(const std::string& command, const std::string& reply);
     /** It runs, or ends: then nothing opens or answers, and what was open stays dead. */
     void lives(bool alive);
     bool isAlive() const;

@@ -73,7 +73,7 @@ void Television::tells(const std::vector<Network>& networks)
         table += each.bssid + "\t" + std::to_string(each.frequency) + "\t" + std::to_string(each.signal) + "\t" +
                  each.flags + "\t" + each.name + "\n";
     }
-    m_supplicant.replies["SCAN_RESULTS"] = {table};
+    m_supplicant.answers("SCAN_RESULTS", table);
 }
 
 void Television::lives(bool alive)
