@@ -43,7 +43,9 @@ install(FILES ${generated}/movo_net.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgco
 
 install(TARGETS recovery_net movo_net_shell)
 install(FILES man/recovery_net.8 DESTINATION ${CMAKE_INSTALL_MANDIR}/man8)
-install(FILES man/movo_net_shell.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+install(PROGRAMS tools/movo_net_fake_supplicant/movo_net_fake_supplicant DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(FILES tools/movo_net_fake_supplicant/home.script DESTINATION ${CMAKE_INSTALL_DATADIR}/movo_net)
+install(FILES man/movo_net_shell.1 man/movo_net_fake_supplicant.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 
 # Names the daemon's place, which is known when it is installed.
 install(CODE "

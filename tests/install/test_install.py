@@ -7,33 +7,13 @@ import configparser
 import os
 import pathlib
 import re
-import shutil
 import subprocess
 
 import pytest
+from installing import BUILD, REPOSITORY, run
 
-REPOSITORY = pathlib.Path(__file__).resolve().parents[2]
-BUILD = pathlib.Path(os.environ.get("MOVO_BUILD", REPOSITORY / "build/release"))
 EXAMPLES = REPOSITORY / "examples"
 KEST_VARIABLES = {"KEST_CAT_DEFAULT", "__kest_debug_min"}
-
-
-def run(*command, **options):
-    """The output of a command that succeeds."""
-    result = subprocess.run([str(part) for part in command], capture_output=True, text=True, stdin=subprocess.DEVNULL,
-                            **options)
-    assert result.returncode == 0, f"{command}\n{result.stdout}{result.stderr}"
-    return result.stdout
-
-
-@pytest.fixture(scope="session")
-def prefix(tmp_path_factory):
-    """An installed tree, moved after it was installed."""
-    installed = tmp_path_factory.mktemp("install") / "first"
-    run("cmake", "--install", BUILD, "--prefix", installed)
-    moved = installed.with_name("moved")
-    shutil.move(installed, moved)
-    return moved
 
 
 @pytest.fixture(scope="session")
@@ -55,9 +35,10 @@ def test_every_file_is_there(prefix, libraries):
     for name in ("libmovo_net.a", "libkest.a", "libmovo_net.so", "libmovo_net.so.0", "pkgconfig/movo_net.pc",
                  "cmake/movo_net/movo_net-config.cmake"):
         assert (libraries / name).is_file(), name
-    for name in ("bin/recovery_net", "bin/movo_net_shell"):
+    for name in ("bin/recovery_net", "bin/movo_net_shell", "bin/movo_net_fake_supplicant"):
         assert os.access(prefix / name, os.X_OK), name
     for name in ("share/man/man8/recovery_net.8", "share/man/man1/movo_net_shell.1",
+                 "share/man/man1/movo_net_fake_supplicant.1", "share/movo_net/home.script",
                  "lib/systemd/system/recovery_net.service"):
         assert (prefix / name).is_file(), name
 
