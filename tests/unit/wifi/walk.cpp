@@ -124,15 +124,7 @@ std::string problems(Television& television)
     return all.empty() ? "" : all.front();
 }
 
-std::string whatIsBroken(Television& television)
-{
-    for (const auto check : {problems, state, activation, timers, route, resolver, locks, descriptors}) {
-        if (std::string broken = check(television); !broken.empty()) {
-            return broken;
-        }
-    }
-    return "";
-}
+using Check = std::string (*)(Television& television);
 
 /** Bytes that are allocated once the records of the test are forgotten. */
 std::size_t allocated(Television& television)
@@ -154,33 +146,92 @@ Timers liveTimers()
     return timers;
 }
 
+namespace {
+/** A television that walks. */
+class Walker {
+public:
+    explicit Walker(unsigned seed) : m_television(seed)
+    {
+        m_television.startWith({{"Home", "[WPA2-PSK-CCMP][WPS][ESS]"}, {"Open", "[ESS]"}, {"Wep", "[WEP][ESS]"}});
+        m_television.supplicant.replies["WPS_PIN any"] = {"12345670"};
+        m_television.supplicant.replies["WPS_PIN any 12345670"] = {"12345670"};
+    }
+
+    Television& television() { return m_television; }
+    void run(const Step& step) { allActions()[step.action].run(m_television, step.number); }
+    void runInBackground(const Step& step)
+    {
+        m_television.set.background([this, step] { run(step); });
+    }
+
+    /** After a step: does all hold? `halfWay` is when to remember how much memory there is. */
+    bool holds(bool halfWay, std::span<const Check> checks)
+    {
+        constexpr std::size_t kMostGrowth = 64U * 1024;
+        m_television.set.joinBackground();
+        m_television.set.settle();
+        for (const Check check : checks) {
+            if (const std::string broken = check(m_television); !broken.empty()) {
+                ADD_FAILURE() << broken; // the log of this step is told with it
+                return false;
+            }
+        }
+        const std::size_t now = allocated(m_television);
+        m_before = halfWay ? now : m_before;
+        if (m_before != 0 && now > m_before + kMostGrowth) {
+            ADD_FAILURE() << now - m_before << " more bytes are allocated than at half way";
+            return false;
+        }
+        return true;
+    }
+
+    Walked walked(std::size_t steps) const
+    {
+        return {static_cast<int>(steps), m_television.supplicant.attempts.ends(),
+                m_television.supplicant.attempts.resets()};
+    }
+
+private:
+    Television m_television;
+    std::size_t m_before = 0;
+};
+
+bool isBy(const Step& step, Actor actor)
+{
+    return allActions()[step.action].actor == actor;
+}
+} // namespace
+
 Walked walk(const Trace& trace)
 {
-    constexpr std::size_t kMostGrowth = 64U * 1024;
-    Television television;
-    Walked walked;
-    television.startWith({{"Home", "[WPA2-PSK-CCMP][WPS][ESS]"}, {"Open", "[ESS]"}, {"Wep", "[WEP][ESS]"}});
-    television.supplicant.replies["WPS_PIN any"] = {"12345670"};
-    television.supplicant.replies["WPS_PIN any 12345670"] = {"12345670"};
-    std::size_t before = 0;
-    for (const Step& step : trace) {
-        allActions()[step.action].run(television, step.number);
-        television.set.settle();
-        ++walked.steps;
-        if (const std::string broken = whatIsBroken(television); !broken.empty()) {
-            ADD_FAILURE() << broken; // the log of this step is told with it
-            break;
-        }
-        const std::size_t now = allocated(television);
-        before = walked.steps == static_cast<int>(trace.size() / 2) ? now : before;
-        if (before != 0 && now > before + kMostGrowth) {
-            ADD_FAILURE() << now - before << " more bytes are allocated than at half way";
-            break;
-        }
+    static constexpr Check kChecks[] = {problems, state, activation, timers, route, resolver, locks, descriptors};
+    Walker walker(0);
+    std::size_t done = 0;
+    for (bool sound = true; sound && done < trace.size();) {
+        walker.run(trace[done]);
+        ++done;
+        sound = walker.holds(done == trace.size() / 2, kChecks);
     }
-    walked.ends = television.supplicant.attempts.ends();
-    walked.resets = television.supplicant.attempts.resets();
-    return walked;
+    return walker.walked(done);
+}
+
+Walked walkTogether(const Trace& trace, unsigned seed)
+{
+    static constexpr Check kChecks[] = {problems, timers, route, resolver, locks, descriptors};
+    Walker walker(seed);
+    walker.television().supplicant.attempts.lookAway();
+    std::size_t done = 0;
+    for (bool sound = true; sound && done < trace.size();) {
+        const std::size_t before = done;
+        if (isBy(trace[done], Actor::Application)) {
+            walker.runInBackground(trace[done++]);
+        }
+        if (done == before || (done < trace.size() && isBy(trace[done], Actor::World))) {
+            walker.run(trace[done++]);
+        }
+        sound = walker.holds(false, kChecks); // the set remembers every thread, so that memory grows
+    }
+    return walker.walked(done);
 }
 
 Trace shortened(const Trace& trace, const std::function<bool(const Trace&)>& fails)

@@ -14,9 +14,13 @@ struct Step {
 };
 using Trace = std::vector<Step>;
 
+/** Who does something: an application on any thread, the world, or the world when nothing else happens. */
+enum class Actor { Application, World, WorldAlone };
+
 /** What may happen, at any time: where it cannot, nothing does. */
 struct Action {
     const char* name;
+    Actor actor;
     int weight;  ///< How often, against the others.
     int numbers; ///< How many kinds.
     void (*run)(Television& television, int number);
@@ -39,6 +43,13 @@ struct Walked {
 
 /** Walks; the first thing that does not hold ends it and fails the test. */
 Walked walk(const Trace& trace);
+
+/**
+ * The same, but what an application does happens on a thread of its own together with what the world does next; threads
+ * dawdle as `seed`, above 0, says. The state of the connection is not looked at: the watcher cannot tell what came
+ * first.
+ */
+Walked walkTogether(const Trace& trace, unsigned seed);
 
 /** The registrations with the event loop that live, by handler and data; the loop's own list is not to be seen. */
 using Timers = std::map<std::pair<void*, void*>, int>;

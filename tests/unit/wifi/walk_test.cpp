@@ -11,6 +11,8 @@
 // connection follows its table, each attempt to join ends once, there is one timer of a kind at the most, default route
 // and resolver are the best connected interface's, and no lock, descriptor or memory is kept.
 //
+// WalkTogether has applications at it on a thread of their own.
+//
 // A seed that fails is made short and told as a line that WIFI_WALK in the environment plays again:
 //
 //     WIFI_WALK="join:1 event:0 ticks:7" build/dev/tests/unit/walk_tests --gtest_filter='Seeds/Walk.*/0'
@@ -26,7 +28,9 @@ struct Report {
     bool broken;
 };
 
-Report walkInChild(const Trace& trace, bool loud)
+using Walking = std::function<Walked(const Trace&)>;
+
+Report walkInChild(const Walking& walking, const Trace& trace, bool loud)
 {
     void* shared = mmap(nullptr, sizeof(int), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
     auto* steps = static_cast<int*>(shared);
@@ -36,35 +40,48 @@ Report walkInChild(const Trace& trace, bool loud)
             (void)dup2(nowhere, STDOUT_FILENO);
             (void)dup2(nowhere, STDERR_FILENO);
         }
-        *steps = walk(trace).steps;
+        *steps = walking(trace).steps;
     });
     const Report report{*steps, failed != 0};
     (void)munmap(shared, sizeof(int));
     return report;
 }
 
-class Walk : public testing::TestWithParam<unsigned> {};
-
-TEST_P(Walk, HoldsWhatAlwaysHolds)
+void walkOrShorten(const Walking& walking, unsigned seed)
 {
     if (const char* again = std::getenv("WIFI_WALK"); again != nullptr) {
         const auto trace = parseTrace(again);
         ASSERT_TRUE(trace) << "no trace: " << again;
-        (void)walk(*trace);
+        (void)walking(*trace);
         return;
     }
-    Trace trace = randomTrace(GetParam(), kSteps);
-    const Report report = walkInChild(trace, false);
+    Trace trace = randomTrace(seed, kSteps);
+    const Report report = walkInChild(walking, trace, false);
     if (report.broken) {
         if (report.steps > 0) {
             trace.resize(static_cast<std::size_t>(report.steps));
         }
-        trace = shortened(trace, [](const Trace& each) { return walkInChild(each, false).broken; });
-        (void)walkInChild(trace, true);
-        FAIL() << "seed " << GetParam() << ", play it again with\nWIFI_WALK=\"" << textOf(trace) << "\"";
+        trace = shortened(trace, [&](const Trace& each) { return walkInChild(walking, each, false).broken; });
+        (void)walkInChild(walking, trace, true);
+        FAIL() << "seed " << seed << ", play it again with\nWIFI_WALK=\"" << textOf(trace) << "\"";
     }
 }
+
+class Walk : public testing::TestWithParam<unsigned> {};
+
+TEST_P(Walk, HoldsWhatAlwaysHolds)
+{
+    walkOrShorten(walk, GetParam());
+}
 INSTANTIATE_TEST_SUITE_P(Seeds, Walk, testing::Range(1U, WALK_SEEDS + 1U));
+
+class WalkTogether : public testing::TestWithParam<unsigned> {};
+
+TEST_P(WalkTogether, HoldsWhatAlwaysHolds)
+{
+    walkOrShorten([](const Trace& trace) { return walkTogether(trace, GetParam()); }, GetParam());
+}
+INSTANTIATE_TEST_SUITE_P(Seeds, WalkTogether, testing::Range(1U, WALK_SEEDS / 5 + 1U));
 
 TEST(AWalk, MeetsEveryEndOfAnAttempt)
 {
