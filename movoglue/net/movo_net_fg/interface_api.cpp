@@ -2,6 +2,7 @@
 #include "movo_net_fg/lookup.h"
 #include "movo_net_fl_common/common.h"
 #include "movo_net_fl_common/dhcp.h"
+#include "movo_net_fl_eventloop/eventloop.h"
 #include "movo_net_fl_wpactrl/wpactrl.h"
 #include "movo_net_iface.h"
 #include "support/ifreq.h"
@@ -43,6 +44,7 @@ bool isActivedLink(const MovoNetIface_t& ift)
 
 void disable(MovoNetIface_t& ift)
 {
+    const LoopGate gate; // no activation finds it inactive while its link is still open
     set(ift.isEnabled, kFalse);
     set(ift.isActived, kFalse);
     set(ift.isConnected, kFalse);

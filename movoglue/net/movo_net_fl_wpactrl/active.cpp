@@ -1,3 +1,4 @@
+#include "movo_net_fl_eventloop/eventloop.h"
 #include "movo_net_fl_wifi/device.h"
 #include "movo_net_fl_wifi/saved.h"
 #include "movo_net_fl_wifi/wifi.h"
@@ -16,6 +17,9 @@ constexpr LogModule kLog{"movo_net_fl_wpactrl", &movoglue_net_debug};
 
 RETURN_TYPE openLink(MovoNetIface_t* pIface, Wpactrl_t* w, CallSite at)
 {
+    if (get(w->mon_conn) != nullptr) { // clearing the address has left the link open, and its event
+        (void)int_removeEvent(get(w->event_handle));
+    }
     if (const RETURN_TYPE result = Wpactrl_Init(w, pIface->name); result != kOk) {
         NET_LOG_AT(at, KEST_LEVEL_ERROR, "Wpactrl_Init failed\n");
         return result;
@@ -72,16 +76,23 @@ RETURN_TYPE activate(MovoNetIface_t* pIface, CallSite at)
         NET_LOG_AT(at, KEST_LEVEL_ERROR, "start wpa_supplicant failed\n");
         return kFail;
     }
-    if (const RETURN_TYPE result = openLink(pIface, wpactrl_iface(pIface), at); result != kOk) {
-        return result;
+    {
+        const LoopGate gate; // connection and event change together: a closed one that is watched fails every wait
+        if (get(pIface->isActived)) {
+            return kOk; // another thread was faster
+        }
+        if (const RETURN_TYPE result = openLink(pIface, wpactrl_iface(pIface), at); result != kOk) {
+            return result;
+        }
+        set(pIface->isActived, kTrue);
     }
-    set(pIface->isActived, kTrue);
     joinRemembered(pIface, at);
     return kOk;
 }
 
 RETURN_TYPE deactivate(MovoNetIface_t* pIface)
 {
+    const LoopGate gate; // no activation finds it inactive while its link is still open
     (void)ifdown(pIface);
     (void)ShutdownWpactrl(pIface);
     set(pIface->isActived, kFalse);

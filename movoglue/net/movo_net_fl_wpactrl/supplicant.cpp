@@ -1,3 +1,4 @@
+#include "movo_net_fl_eventloop/eventloop.h"
 #include "movo_net_fl_wifi/device.h"
 #include "movo_net_fl_wpactrl/channel.h"
 #include "movo_net_fl_wpactrl/connect.h"
@@ -184,6 +185,7 @@ RETURN_TYPE ShutdownWpactrl(MovoNetIface_t* pIface)
     if (w == nullptr) {
         return kBadArgument;
     }
+    const LoopGate gate; // connections and event change together, as in an activation
     if (get(w->ctrl_conn) == nullptr || take(w->isShuttingDown, kTrue)) {
         return kOk;
     }
