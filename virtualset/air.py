@@ -32,16 +32,13 @@ class Air:
 
     def appear(self, *names):
         """Switches access points on, all of them unless some are named."""
-        self._tell(names, "on")
+        self._tell(names, "on", "[ -e /run/air/$name.pid ]")
 
     def vanish(self, *names):
         """Cuts the power of access points."""
-        self._tell(names, "off")
+        self._tell(names, "off", "[ ! -e /run/air/$name.pid ]")
 
-    def run(self, command, seconds=60):
-        """Runs a command at the far end: in the namespace of the access points."""
-        return self.machine.run(f"ip netns exec air {command}", seconds)
-
-    def _tell(self, names, word):
-        calls = [f"/movo/virtualset/guest/commands/air {word} {name}" for name in names or self.names]
-        self.machine.check(" && ".join(calls))
+    def _tell(self, names, word, done):
+        names = " ".join(names or self.names)
+        command = f"/movo/virtualset/guest/commands/air {word} $name"
+        self.machine.check(f"for name in {names}; do {done} || {command} || exit; done")

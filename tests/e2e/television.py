@@ -17,9 +17,10 @@ find /movo/board -maxdepth 1 -type f -exec cp {} /system/bin/ +
 """
 
 STOP = """
-for name in "$@"; do pkill -KILL -x "$name"; done
-/movo/virtualset/guest/dhcp_server 0 stop
-/movo/virtualset/guest/dhcp_server 1 stop
+pkill -KILL -x 'recovery_net|callback_app|movo_net_shell|dhcpcd'
+for number in 0 1; do
+    [ ! -e /run/dhcp_server$number.pid ] || /movo/virtualset/guest/dhcp_server $number stop
+done
 """
 
 
@@ -38,8 +39,7 @@ class Television:
         self.machine.check(RESET)
 
     def switch_off(self):
-        names = "recovery_net callback_app movo_net_shell dhcpcd"
-        self.machine.check(f"set -- {names}\n{STOP}")
+        self.machine.check(STOP)
 
     def start(self, program="recovery_net"):
         """Starts the daemon, or the test application, which also prints the callbacks."""

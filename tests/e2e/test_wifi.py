@@ -98,7 +98,9 @@ def test_running_supplicant_is_adopted_and_the_next_one_started_for_the_chip(wif
         supplicant ended
         enable mlan0
         supplicant pid
-    """ + SCAN.partition("\n")[2].partition("\n")[2])
+        wifi scan
+        expect WIFISCANDONE mlan0 15
+    """)
     wifi_tv.expect("Command: lsusb | grep 0627:0001 && lsmod | grep mac80211_hwsim$")
     wifi_tv.expect("Current WPA_Supplicant cmd is: wpa_supplicant -B -imlan0 -c/etc/wpa_supplicant.conf -Dnl80211 "
                    "-P/tmp/wpa_supplicant_mlan0.pid$")
@@ -110,14 +112,14 @@ def test_running_supplicant_is_adopted_and_the_next_one_started_for_the_chip(wif
 def test_supplicant_that_is_started_late_is_waited_for(wifi_tv):
     wifi_tv.machine.check("pkill -KILL -x wpa_supplicant")
     wifi_tv.start()
-    wifi_tv.expect("Wpa_supplicant is not running.wait_count 3$")
+    wifi_tv.expect("Wpa_supplicant is not running.wait_count 1$")
     wifi_tv.machine.check("/movo/board/start_supplicant")
     wifi_tv.expect("no saved Esss, need manual connect$")
 
 
 def test_off_and_on_again_leaves_nothing_behind(wifi_tv):
     again = "disable mlan0\nsupplicant ended\nenable mlan0\n"
-    wifi_tv.play("expect IFFOUND mlan0 20\n" + again + "flat note\n" + 20 * again + "flat check\n")
+    wifi_tv.play("expect IFFOUND mlan0 20\n" + again + "flat note\n" + 10 * again + "flat check\n")
 
 
 def test_after_a_power_cut_the_network_of_last_time_is_joined(wifi_tv, tmp_path):
