@@ -17,9 +17,6 @@ constexpr LogModule kLog{"movo_net_fl_wpactrl", &movoglue_net_debug};
 
 RETURN_TYPE openLink(MovoNetIface_t* pIface, Wpactrl_t* w, CallSite at)
 {
-    if (get(w->mon_conn) != nullptr) { // clearing the address has left the link open, and its event
-        (void)int_removeEvent(get(w->event_handle));
-    }
     if (const RETURN_TYPE result = Wpactrl_Init(w, pIface->name); result != kOk) {
         NET_LOG_AT(at, KEST_LEVEL_ERROR, "Wpactrl_Init failed\n");
         return result;
