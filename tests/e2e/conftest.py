@@ -19,7 +19,7 @@ from virtualset import Air, VirtualSet
 
 @pytest.fixture(scope="session")
 def machine():
-    with VirtualSet(nics=["cable", "cable"], chip=True, limit=1500) as machine:
+    with VirtualSet(nics=["cable", "cable"], chip=True, limit=2700) as machine:
         yield machine
 
 
