@@ -23,8 +23,15 @@ def machine():
         yield machine
 
 
-def run_scenario(television):
+@pytest.fixture
+def switched_on():
+    """The televisions of the scenario in their order; when it fails it shows the log of the last one."""
+    return []
+
+
+def run_scenario(television, switched_on):
     """A television that has just been switched on, until the scenario has ended."""
+    switched_on.append(television)
     television.switch_on_fresh()
     yield television
     machine = television.machine
@@ -34,8 +41,8 @@ def run_scenario(television):
 
 
 @pytest.fixture
-def tv(machine):
-    yield from run_scenario(Television(machine))
+def tv(machine, switched_on):
+    yield from run_scenario(Television(machine), switched_on)
 
 
 @pytest.fixture(scope="session")
@@ -44,17 +51,17 @@ def air(machine):
 
 
 @pytest.fixture
-def wifi_tv(machine, air):
+def wifi_tv(machine, air, switched_on):
     """A television with a chip; every access point is on."""
     air.appear()
-    yield from run_scenario(WirelessTelevision(machine))
+    yield from run_scenario(WirelessTelevision(machine), switched_on)
 
 
 @pytest.hookimpl(hookwrapper=True)
 def pytest_runtest_makereport(item, call):
-    """A failed scenario shows the log of the television from its beginning."""
+    """A failed scenario shows the log of the last television from its beginning."""
     outcome = yield
     report = outcome.get_result()
-    televisions = [each for each in getattr(item, "funcargs", {}).values() if isinstance(each, Television)]
-    if report.failed and televisions:
-        report.sections.append(("the television's log", "\n".join(televisions[0].log_lines())))
+    televisions = item.funcargs.get("switched_on") if report.failed else None
+    if televisions:
+        report.sections.append(("the television's log", "\n".join(televisions[-1].log_lines())))

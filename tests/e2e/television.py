@@ -89,9 +89,8 @@ class Television:
     def sees(question, answer, seconds=20):
         """Asks the kernel until it gives the answer: what the daemon announces it does a moment later."""
         deadline = time.monotonic() + seconds
-        while question() != answer and time.monotonic() < deadline:
+        while (last := question()) != answer and time.monotonic() < deadline:
             time.sleep(0.2)
-        last = question()
         assert last == answer
 
     def log_lines(self):
@@ -117,8 +116,8 @@ class Television:
     def resolver(self):
         return self.machine.read("/etc/resolv.conf").decode().splitlines()
 
-    def answers(self, address):
-        return self.machine.run(f"ping -c 1 -W 2 {address}")[0] == 0
+    def reaches(self, address):
+        self.sees(lambda: self.machine.run(f"ping -c 1 -W 2 {address}")[0], 0)
 
     def runs(self, pid):
         return self.machine.run(f"kill -0 {pid}")[0] == 0

@@ -20,7 +20,7 @@ def test_lease_lost_and_recovered(tv):
     tv.expect("callback DHCP_SUCCESS eth0")
     tv.sees(tv.default_routes, [("192.168.10.1", "eth0")])
     assert tv.address("eth0") == "192.168.10.50/24"
-    assert tv.answers("192.168.10.1")
+    tv.reaches("192.168.10.1")
 
 
 def test_server_absent_at_boot_then_appearing(tv):

@@ -11,24 +11,23 @@ NETCONFIG = "/data/tv/save/netconfig"
 
 
 @pytest.fixture
-def switch_on(tmp_path):
-    """Boots a television whose /data outlives it; the one before is cut off from power at that moment."""
-    machines = []
+def switch_on(tmp_path, switched_on):
+    """Boots a television with these cards whose /data outlives it; the one before is cut off from power then."""
 
-    def boot():
-        for machine in machines:
-            machine.stop()
-        machines.append(VirtualSet(nics=["user", "wakeable"], limit=120, data=tmp_path))
-        machines[-1].start()
-        return Television(machines[-1])
+    def boot(*nics):
+        for tv in switched_on:
+            tv.machine.stop()
+        switched_on.append(Television(VirtualSet(nics=nics, limit=120, data=tmp_path)))
+        switched_on[-1].machine.start()
+        return switched_on[-1]
 
     yield boot
-    for machine in machines:
-        machine.stop()
+    for tv in switched_on:
+        tv.machine.stop()
 
 
 def test_settings_survive_a_power_cut(switch_on):
-    tv = switch_on()
+    tv = switch_on("user")
     tv.play("""
         expect DHCP_SUCCESS eth0
         static eth0 10.0.2.77 255.255.255.0 10.0.2.2 10.0.2.3 10.0.2.4
@@ -36,7 +35,7 @@ def test_settings_survive_a_power_cut(switch_on):
         expect STATICIP_SUCCESS eth0
     """)
 
-    tv = switch_on()
+    tv = switch_on("user")
     shown = tv.play("""
         expect IFFOUND eth0
         sleep 2
@@ -54,8 +53,8 @@ def test_settings_survive_a_power_cut(switch_on):
     tv.expect("set gateway to 10.0.2.2")
     tv.sees(tv.default_routes, [("10.0.2.2", "eth0")])
     assert tv.address("eth0") == "10.0.2.77/24"
-    assert tv.resolver() == ["nameserver 10.0.2.3", "nameserver 10.0.2.4"]
-    assert tv.answers("10.0.2.2")
+    tv.sees(tv.resolver, ["nameserver 10.0.2.3", "nameserver 10.0.2.4"])
+    tv.reaches("10.0.2.2")
 
 
 def wake_setting(tv, nic):
@@ -64,7 +63,7 @@ def wake_setting(tv, nic):
 
 
 def test_a_magic_packet_may_wake_the_set(switch_on):
-    tv = switch_on()
+    tv = switch_on("user", "wakeable")
     tv.machine.check("ethtool -s eth1 wol d")
     assert tv.play("wol eth1 on").splitlines()[-1] == "0 success"
     assert wake_setting(tv, "eth1") == "g"
@@ -92,7 +91,7 @@ def test_from_dhcp_to_static_and_back(tv):
     assert addresses == ["192.168.10.77", "192.168.10.50"]
     tv.expect("set gateway to 192.168.10.1")
     tv.sees(tv.default_routes, [("192.168.10.1", "eth0")])
-    assert tv.answers("192.168.10.1")
+    tv.reaches("192.168.10.1")
 
 
 def test_the_best_interface_changes_under_traffic(tv):
@@ -149,5 +148,5 @@ def test_a_flash_that_takes_nothing_keeps_what_was_there(small_data, close):
         ip eth0
     """)
     assert "192.168.10.77" in shown    # the set works on
-    assert tv.answers("192.168.10.1")
+    tv.reaches("192.168.10.1")
     assert tv.machine.read(NETCONFIG) == before

@@ -16,10 +16,11 @@ true
 
 
 @pytest.fixture
-def ap_tv(machine, air):
+def ap_tv(machine, air, switched_on):
     """A television called MyTV with a web server; the air is quiet."""
     air.vanish()
     tv = WirelessTelevision(machine)
+    switched_on.append(tv)
     tv.switch_on_fresh()
     machine.check("setprop persist.device_name MyTV; mkdir -p /run/www; echo hello from MyTV > /run/www/index.html")
     server = machine.check("busybox httpd -f -p 80 -h /run/www > /dev/null 2>&1 & echo $!").strip()
