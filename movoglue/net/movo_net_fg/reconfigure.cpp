@@ -1,6 +1,7 @@
 #include "movo_net_fg/fg.h"
 #include "movo_net_fl_common/common.h"
 #include "movo_net_fl_common/route.h"
+#include "movo_net_fl_eventloop/eventloop.h"
 #include "support/log.h"
 #include "support/text.h"
 
@@ -108,6 +109,7 @@ RETURN_TYPE CreateConfigIPThread(MovoNetIface_t* pIface)
 
 RETURN_TYPE ResetGwAndDns(void)
 {
+    const LoopGate gate; // one at a time: between the choice and its route another thread could set a second one
     ScopedLock lock(ifaceListLock);
     if (!lock) {
         NET_ERROR("lock mutex failed\n");

@@ -1,4 +1,5 @@
 #include "movo_net_fg/fg.h"
+#include "movo_net_fl_eventloop/eventloop.h"
 #include "unit/ip/tools.h"
 
 using ip::address;
@@ -162,6 +163,16 @@ TEST_F(Reselection, HoldsTheListForTheChoiceOnly)
     });
     EXPECT_EQ(ResetGwAndDns(), 0);
     EXPECT_TRUE(free);
+}
+
+TEST_F(Reselection, IsOneAtATimeToItsEnd)
+{
+    ASSERT_TRUE(movonet::eventListLock.create());
+    int held = 0;
+    set.onCommand("route add").does([&] { held = set.heldLocks(); });
+    EXPECT_EQ(ResetGwAndDns(), 0);
+    EXPECT_EQ(held, 1);
+    EXPECT_EQ(set.heldLocks(), 0);
 }
 
 // --- The resolver ---
