@@ -24,11 +24,14 @@ TEST_P(Channel, FollowsTheFrequency)
 }
 
 INSTANTIATE_TEST_SUITE_P(Rows, Channel,
-                         testing::Values(std::pair(2412, 1), std::pair(2467, 12), std::pair(2472, 13),
-                                         std::pair(2473, 0), std::pair(2484, 14), std::pair(4915, 183),
-                                         std::pair(4920, 184), std::pair(4980, 196), std::pair(5035, 7),
-                                         std::pair(5180, 36), std::pair(5825, 165), std::pair(5826, 0),
-                                         std::pair(2300, 0)));
+                         testing::Values(std::pair(2411, 0), std::pair(2412, 1), std::pair(2416, 1),
+                                         std::pair(2467, 12), std::pair(2472, 13), std::pair(2473, 0),
+                                         std::pair(2483, 0), std::pair(2484, 14), std::pair(2485, 0),
+                                         std::pair(4914, 0), std::pair(4915, 183), std::pair(4920, 184),
+                                         std::pair(4980, 196), std::pair(4981, 0), std::pair(5034, 0),
+                                         std::pair(5035, 7), std::pair(5180, 36), std::pair(5825, 165),
+                                         std::pair(5826, 0), std::pair(2300, 0), std::pair(0, 0), std::pair(-2412, 0),
+                                         std::pair(2147483647, 0)));
 
 TEST(Query, ReadsTheFirstOfAName)
 {

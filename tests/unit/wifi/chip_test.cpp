@@ -1,0 +1,174 @@
+#include "movo_net_fl_wifi/device.h"
+#include "sim/sim.h"
+
+#include <cstdlib>
+#include <gtest/gtest.h>
+
+// Which chip is fitted: the names of the board's environment, the probes, and their order.
+
+namespace {
+using Lines = std::vector<std::string>;
+
+constexpr const char* kModule = "movo_net_fl_wifi";
+constexpr const char* kIfname = "mlan0";
+
+/** A chip, what the environment calls it, and whether its driver is looked for at the interface. */
+struct Chip {
+    MovoNetWifiDevType_e type;
+    const char* driver;
+    const char* id;
+    const char* supplicant;
+    bool byInterface = false;
+};
+
+// In the order of probing.
+const std::vector<Chip> kChips{
+    {_MOVO_NET_WIFI_REALTEK_8812AU_, "REALTEK_DRIVER_NAME_8812AU", "REALTEK_DEVICE_ID_8812AU",
+     "REALTEK_SUPPLICANT_STR_8812AU", true},
+    {_MOVO_NET_WIFI_REALTEK_8188EU_, "REALTEK_DRIVER_NAME_8188EU", "REALTEK_DEVICE_ID_8188EU",
+     "REALTEK_SUPPLICANT_STR_8188EU", true},
+    {_MOVO_NET_WIFI_ATHEROS_, "ATHEROS_DRIVER_NAME", "ATHEROS_DEVICE_ID", "ATHEROS_SUPPLICANT_STR"},
+    {_MOVO_NET_WIFI_BRCM_43242_, "BRCM_DRIVER_NAME_43242", "BROADCOM_DEVICE_ID_43242", "BROADCOM_SUPPLICANT_STR_43242"},
+    {_MOVO_NET_WIFI_BRCM_43569_, "BRCM_DRIVER_NAME_43569", "BROADCOM_DEVICE_ID_43569", "BROADCOM_SUPPLICANT_STR_43569"},
+    {_MOVO_NET_WIFI_BRCM_LITEON_43569_, "BRCM_DRIVER_NAME_43569", "BROADCOM_LITEON__DEVICE_ID_43569",
+     "BROADCOM_SUPPLICANT_STR_43569"},
+};
+
+/** A board whose environment names no chip at first. */
+class Board : public testing::Test {
+protected:
+    Board()
+    {
+        for (const Chip& chip : kChips) {
+            for (const char* variable : {chip.driver, chip.id, chip.supplicant}) {
+                EXPECT_EQ(unsetenv(variable), 0);
+            }
+        }
+    }
+
+    /** Every variable of the chip has its own name for a value. */
+    static void describe(const Chip& chip)
+    {
+        for (const char* variable : {chip.driver, chip.id, chip.supplicant}) {
+            EXPECT_EQ(setenv(variable, variable, 1), 0);
+        }
+    }
+
+    static std::string probeOf(const Chip& chip)
+    {
+        const std::string usb = std::string("lsusb | grep ") + chip.id + " && ";
+        const std::string driver = std::string(" | grep ") + chip.driver;
+        return usb + (chip.byInterface ? "ls /sys/class/net/mlan0/device/driver/ -l" : "lsmod") + driver;
+    }
+
+    Lines probes() const
+    {
+        Lines texts;
+        for (const sim::Command& command : set.commands()) {
+            texts.push_back(command.text);
+        }
+        return texts;
+    }
+
+    sim::Set set;
+};
+
+class EachChip : public Board, public testing::WithParamInterface<std::size_t> {
+protected:
+    static const Chip& chip() { return kChips[GetParam()]; }
+};
+} // namespace
+
+TEST_P(EachChip, HasItsVariables)
+{
+    describe(chip());
+    EXPECT_STREQ(int_Wifi_GetDrvName(chip().type), chip().driver);
+    EXPECT_STREQ(int_Wifi_GetDevID(chip().type), chip().id);
+    EXPECT_STREQ(int_Wifi_GetWpaSupplicantStr(chip().type), chip().supplicant);
+}
+
+TEST_P(EachChip, RunsItsCommandAndTellsIt)
+{
+    describe(chip());
+    const std::string command = probeOf(chip());
+    set.onCommand(command).prints("").times(1);
+    EXPECT_EQ(int_Wifi_IsDevAvailable(kIfname, chip().type), 1);
+    EXPECT_EQ(probes(), Lines{command});
+    ASSERT_EQ(set.log().size(), 1U);
+    EXPECT_LOGGED(set, KEST_LEVEL_INFO, kModule, "int_Wifi_IsDevAvailable", "Command: " + command + "\n");
+    for (const int status : {256, 127 * 256, 9, -1}) {
+        set.onCommand("lsusb").fails(status);
+        EXPECT_EQ(int_Wifi_IsDevAvailable(kIfname, chip().type), 0) << status;
+    }
+}
+
+TEST_P(EachChip, WithoutIdDriverOrInterfaceRunsNothing)
+{
+    describe(chip());
+    EXPECT_EQ(int_Wifi_IsDevAvailable(nullptr, chip().type), 0);
+    EXPECT_EQ(unsetenv(chip().id), 0);
+    EXPECT_EQ(int_Wifi_IsDevAvailable(kIfname, chip().type), 0);
+    describe(chip());
+    EXPECT_EQ(unsetenv(chip().driver), 0);
+    EXPECT_EQ(int_Wifi_IsDevAvailable(kIfname, chip().type), 0);
+    EXPECT_EQ(probes(), Lines{});
+    EXPECT_TRUE(set.log().empty());
+}
+
+TEST_P(EachChip, IsFoundAfterAllThatComeBeforeIt)
+{
+    Lines expected;
+    for (const Chip& each : kChips) {
+        describe(each);
+        set.onCommand(probeOf(each)).fails();
+    }
+    for (std::size_t place = GetParam(); place < kChips.size(); ++place) {
+        set.onCommand(probeOf(kChips[place])).prints(""); // it and all behind it are there
+    }
+    for (std::size_t place = 0; place <= GetParam(); ++place) {
+        expected.push_back(probeOf(kChips[place]));
+    }
+    EXPECT_EQ(int_Wifi_GetDevType(kIfname), chip().type);
+    EXPECT_EQ(probes(), expected);
+}
+
+INSTANTIATE_TEST_SUITE_P(Places, EachChip, testing::Range(std::size_t{0}, kChips.size()));
+
+TEST_F(Board, OfAnUnknownTypeHasNoVariablesAndRunsNothing)
+{
+    for (const Chip& each : kChips) {
+        describe(each);
+    }
+    for (const int type : {0, 7, -1}) {
+        const auto unknown = static_cast<MovoNetWifiDevType_e>(type);
+        EXPECT_EQ(int_Wifi_GetDrvName(unknown), nullptr) << type;
+        EXPECT_EQ(int_Wifi_GetDevID(unknown), nullptr) << type;
+        EXPECT_EQ(int_Wifi_GetWpaSupplicantStr(unknown), nullptr) << type;
+        EXPECT_EQ(int_Wifi_IsDevAvailable(kIfname, unknown), 0) << type;
+    }
+    EXPECT_EQ(int_Wifi_GetDevType(nullptr), _MOVO_NET_WIFI_UNKNOWN_);
+    EXPECT_EQ(probes(), Lines{});
+}
+
+TEST_F(Board, KeepsAnEmptyTextAsConfigured)
+{
+    EXPECT_EQ(setenv("ATHEROS_DEVICE_ID", "", 1), 0);
+    EXPECT_EQ(setenv("ATHEROS_DRIVER_NAME", "", 1), 0);
+    set.onCommand("lsusb").fails(512);
+    EXPECT_EQ(int_Wifi_IsDevAvailable(kIfname, _MOVO_NET_WIFI_ATHEROS_), 0);
+    EXPECT_EQ(probes(), Lines{"lsusb | grep  && lsmod | grep "});
+}
+
+TEST_F(Board, IsRunUpTo255Characters)
+{
+    const std::string frame = "lsusb | grep  && lsmod | grep drv";
+    EXPECT_EQ(setenv("ATHEROS_DRIVER_NAME", "drv", 1), 0);
+    set.onCommand("lsusb").prints("");
+    for (const std::size_t length : {255U, 256U}) {
+        set.forget();
+        const std::string id(length - frame.size(), 'x');
+        EXPECT_EQ(setenv("ATHEROS_DEVICE_ID", id.c_str(), 1), 0);
+        EXPECT_EQ(int_Wifi_IsDevAvailable(kIfname, _MOVO_NET_WIFI_ATHEROS_), length == 255 ? 1 : 0);
+        EXPECT_EQ(probes().size(), length == 255 ? 1U : 0U);
+    }
+}
