@@ -118,8 +118,8 @@ typedef struct MovoNetIface_t MovoNetIface_t;
  *
  * @param[in] reason   Why it is called.
  * @param[in] context  What was given to `Movo_NET_InstallCallback`.
- * @param[in] param    For the interface and address reasons the record (`MovoNetIface_t*`) of the interface, owned by
- * the glue and valid as long as the process lives.
+ * @param[in] param    The record (`MovoNetIface_t*`) of the interface that it is about, owned by the glue and valid as
+ * long as the process lives. The soft access point's is in no list.
  *
  * @par Threads  Called on whichever thread reports: the event loop, a configuration thread, or the thread of a public
  * call. Two callbacks never overlap. Every public function may be called from inside, except `Movo_NET_Glue_Init`,
