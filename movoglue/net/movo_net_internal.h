@@ -118,7 +118,7 @@ static_assert(sizeof(void*) != 4 || sizeof(MovoNetIface_t) == 264);
 
 /** One registration with the event loop. */
 struct MovoNetEvent_t {
-    int fd;          ///< Descriptor to watch for input, -1 for a pure timer.
+    int fd;          ///< Descriptor to watch for input, below FD_SETSIZE; -1 for a pure timer.
     int timeoutTick; ///< Period in ticks of 100 ms; 0 or less: no timer.
     void* data;      ///< Handed back to the handler.
     /** Called with `isTimeout` 0 when `fd` is readable and 1 when the ticks ran out; the result is ignored. */

@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/select.h>
 #include <unistd.h>
 
 namespace sim {
@@ -67,6 +69,28 @@ std::vector<std::string> Set::openDescriptors() const
         texts.push_back(descriptor->text);
     }
     return texts;
+}
+
+HighDescriptors::HighDescriptors()
+{
+    constexpr rlim_t kEnough = FD_SETSIZE + 100;
+    rlimit limit{};
+    EXPECT_EQ(getrlimit(RLIMIT_NOFILE, &limit), 0);
+    limit.rlim_cur = std::min(std::max(limit.rlim_cur, kEnough), limit.rlim_max);
+    EXPECT_EQ(setrlimit(RLIMIT_NOFILE, &limit), 0);
+    int fd = 0;
+    while (!m_high && fd >= 0) {
+        fd = open("/dev/null", O_RDONLY | O_CLOEXEC);
+        m_high = fd >= FD_SETSIZE;
+        m_taken.push_back(fd);
+    }
+}
+
+HighDescriptors::~HighDescriptors()
+{
+    for (const int fd : m_taken) {
+        (void)close(fd);
+    }
 }
 } // namespace sim
 

@@ -170,6 +170,22 @@ public:
  * killed. */
 int forkedRun(const std::function<void()>& body);
 
+/** While it lives, what is opened gets a descriptor beyond those that select can watch. */
+class HighDescriptors {
+public:
+    HighDescriptors();
+    ~HighDescriptors();
+    HighDescriptors(const HighDescriptors&) = delete;
+    HighDescriptors& operator=(const HighDescriptors&) = delete;
+
+    /** False in a process that may not open so many. */
+    explicit operator bool() const { return m_high; }
+
+private:
+    std::vector<int> m_taken;
+    bool m_high = false;
+};
+
 /** What goes to standard output while it lives. */
 class CapturedOutput {
 public:

@@ -11,6 +11,7 @@
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <sys/select.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -86,7 +87,9 @@ bool watchPipe(MovoNetIface_t* pIface, const HeapText& path, CallSite at)
     if (!openPipe(pIface, path, at)) {
         return false;
     }
-    if (int_addEvent({get(pIface->dhcpcfd), 0, pIface, OnDhcpEventRev}, &pIface->dhcpcEventHandle) != kOk) {
+    const int fd = get(pIface->dhcpcfd);
+    // One that is too high for the loop's set would park the loop for good.
+    if (fd >= FD_SETSIZE || int_addEvent({fd, 0, pIface, OnDhcpEventRev}, &pIface->dhcpcEventHandle) != kOk) {
         NET_LOG_AT(at, KEST_LEVEL_ERROR, "can not addevent\n");
         return false;
     }

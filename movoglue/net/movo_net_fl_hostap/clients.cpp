@@ -10,6 +10,7 @@
 #include <fcntl.h>
 #include <string_view>
 #include <sys/inotify.h>
+#include <sys/select.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -86,7 +87,8 @@ int SoftAP_Gethostap_Pipe(void)
         return -1;
     }
     int handle = 0; // Deliberate: the event is never taken back.
-    if (int_addEvent({fd, 0, nullptr, OnSoftapEventRev}, &handle) != kOk) {
+    // One that is too high for the loop's set would park the loop for good.
+    if (fd >= FD_SETSIZE || int_addEvent({fd, 0, nullptr, OnSoftapEventRev}, &handle) != kOk) {
         NET_ERROR("HOSTAP:can not addevent\n");
         (void)close(fd);
         return -1;

@@ -3,6 +3,7 @@
 #include "movo_net_fl_eventloop/eventloop.h"
 
 #include <csignal>
+#include <sys/select.h>
 #include <sys/stat.h>
 
 using namespace dhcp;
@@ -152,6 +153,26 @@ TEST(Launch, FailsWithoutAnEventAndKeepsThePipeOpen)
 
     EXPECT_EQ(ConfigIP(&bench.iface, movonet::kForce), 0); // the next start closes it
     EXPECT_EQ(openFiles(bench.set).size(), 1U);
+    EXPECT_TRUE(bench.set.dhcp("eth0").running());
+}
+
+TEST(Launch, FailsWithADescriptorTooHighForTheLoop)
+{
+    Bench bench;
+    {
+        const sim::HighDescriptors high;
+        if (!high) {
+            GTEST_SKIP() << "this process may not open so many files";
+        }
+        EXPECT_EQ(ConfigIP(&bench.iface, movonet::kForce), 1);
+    }
+    EXPECT_EQ(said(bench.set), saidAtStart({"ERROR ConfigIP: can not addevent\n"}));
+    EXPECT_GE(bench.iface.dhcpcfd, FD_SETSIZE);
+    bench.nextPass();
+    EXPECT_NOT_LOGGED(bench.set, KEST_LEVEL_ERROR, "movo_net_fl_eventloop", "int_eventLoopThread",
+                      "evt->event.fd >= FD_SETSIZE\n");
+
+    EXPECT_EQ(ConfigIP(&bench.iface, movonet::kForce), 0);
     EXPECT_TRUE(bench.set.dhcp("eth0").running());
 }
 

@@ -136,6 +136,21 @@ TEST_P(SoftApPipeFailure, EndsTheWatch)
 INSTANTIATE_TEST_SUITE_P(Steps, SoftApPipeFailure, testing::ValuesIn(kFailures),
                          [](const auto& each) { return each.param.name; });
 
+TEST(SoftApPipe, WithADescriptorTooHighForTheLoopIsNotGivenToIt)
+{
+    Bench bench;
+    const sim::HighDescriptors high;
+    if (!high) {
+        GTEST_SKIP() << "this process may not open so many files";
+    }
+    EXPECT_EQ(SoftAP_Gethostap_Pipe(), -1);
+    EXPECT_EQ(bench.said("SoftAP_Gethostap_Pipe"), with(kMade, "ERROR HOSTAP:can not addevent\n"));
+    EXPECT_EQ(bench.set.openDescriptors(), Lines{});
+    bench.set.grantTicks(2);
+    EXPECT_NOT_LOGGED(bench.set, KEST_LEVEL_ERROR, "movo_net_fl_eventloop", "int_eventLoopThread",
+                      "evt->event.fd >= FD_SETSIZE\n");
+}
+
 // --- What is said through it ---
 
 /** A message, and the callback that follows. */
