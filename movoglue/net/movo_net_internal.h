@@ -185,7 +185,8 @@ RETURN_TYPE NotifyApp(MovoNetCBReason_e reason, void* param);
  * @retval 1  The route or the resolver file could not be written.
  *
  * @par Threads  Any.
- * @par Locks    ifaceListLock for the choice only.
+ * @par Locks    eventListLock to its end, ifaceListLock for the choice only. A caller off the loop's thread holds no
+ * lock that a handler takes.
  */
 RETURN_TYPE ResetGwAndDns(void);
 

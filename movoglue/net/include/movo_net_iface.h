@@ -105,7 +105,8 @@ RETURN_TYPE Movo_NET_GetIfaceThroughput(kest_sint32 appid, const char* ifname, i
  * cable): it is marked and saved all the same.
  *
  * @par Threads    Any, also from inside the callback. Takes as long as a flash write and the start of the DHCP client.
- * @par Locks      ifaceListLock during look-up and flash write only.
+ * @par Locks      ifaceListLock during look-up and flash write only; eventListLock while the DHCP client's pipe is
+ * opened, or route and resolver of a static address are set.
  * @par Callbacks  With a static address IPCHANGED and STATICIP_SUCCESS or STATICIP_FAILED before it returns; with DHCP
  * IPCHANGED and DHCP_SUCCESS when there is a lease.
  */
@@ -122,7 +123,8 @@ RETURN_TYPE Movo_NET_EnableIface(kest_sint32 appid, const char* ifname);
  * @retval 1  The glue does not run, has no such interface, or could not move the default route.
  *
  * @par Threads  Any, also from inside the callback. Waits for the DHCP client's end, 2 s at the most.
- * @par Locks    ifaceListLock during the look-up only; eventListLock while a DHCP client is stopped.
+ * @par Locks    ifaceListLock during the look-up only; eventListLock while a DHCP client's pipe is closed, while route
+ * and resolver move, and while a wireless interface is taken down.
  */
 RETURN_TYPE Movo_NET_DisableIface(kest_sint32 appid, const char* ifname);
 
@@ -136,7 +138,7 @@ RETURN_TYPE Movo_NET_DisableIface(kest_sint32 appid, const char* ifname);
  * @retval 1  The glue does not run.
  *
  * @par Threads  Any, also from inside the callback.
- * @par Locks    eventListLock while a DHCP client is stopped; none while the interfaces are gone through.
+ * @par Locks    eventListLock while an interface is taken down; none while the interfaces are gone through.
  */
 RETURN_TYPE Movo_NET_DisableAllIfaces(kest_sint32 appid);
 
@@ -223,7 +225,7 @@ kest_bool Movo_NET_IsPhyConnected(kest_sint32 appid, const char* ifname);
  * is set all the same.
  *
  * @par Threads  Any, also from inside the callback. Takes as long as a flash write.
- * @par Locks    ifaceListLock during look-up, flash write and choice only.
+ * @par Locks    ifaceListLock during look-up, flash write and choice only; eventListLock while route and resolver move.
  */
 RETURN_TYPE Movo_NET_SetIfacePriority(kest_sint32 appid, const char* ifname, int priority);
 

@@ -180,7 +180,8 @@ kest_bool Movo_NET_IsNetworkOK(kest_sint32 appid);
  * @retval 1  The glue does not run, has no such interface, or could not move the default route.
  *
  * @par Threads    Any, also from inside the callback. Waits for the DHCP client's end, 2 s at the most.
- * @par Locks      ifaceListLock during the look-up only; eventListLock while a DHCP client is stopped.
+ * @par Locks      ifaceListLock during the look-up only; eventListLock while a DHCP client's pipe is closed and while
+ * route and resolver move.
  * @par Callbacks  Wireless: as for `Movo_NET_WifiDisConnect`.
  */
 RETURN_TYPE Movo_NET_ClearIP(kest_sint32 appid, const char* ifname);
