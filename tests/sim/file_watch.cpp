@@ -35,6 +35,16 @@ int FileWatch::watchers() const
     return count;
 }
 
+std::uint32_t FileWatch::awaited() const
+{
+    const Hold hold;
+    std::uint32_t changes = 0;
+    for (const auto& [fd, descriptor] : world().files.descriptors) {
+        changes |= descriptor.kind == DescriptorKind::FileWatch && descriptor.watched == m_path ? descriptor.mask : 0;
+    }
+    return changes;
+}
+
 void FileWatch::modified()
 {
     inotify_event event{};

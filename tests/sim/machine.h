@@ -119,6 +119,8 @@ public:
     explicit FileWatch(std::string path);
 
     int watchers() const;
+    /** The changes that its watchers wait for, together. */
+    std::uint32_t awaited() const;
     /** The file was written. */
     void modified();
     /** What their next read gives, events or not. */

@@ -69,9 +69,11 @@ TEST_F(Exit, SavesTheConfigurationFirst)
 }
 
 std::string s_deInits;
+std::int64_t s_lastDeInit;
 
 RETURN_TYPE noteDeInit(MovoNetIface_t* iface)
 {
+    s_lastDeInit = s_set->clock();
     s_deInits += iface->name;
     s_deInits += FindInterface(iface->name) == nullptr ? " " : "(still listed) ";
     return 1; // does not matter
@@ -83,8 +85,11 @@ TEST_F(Exit, TakesEachInterfaceOffTheListBeforeItsEnd)
         list(name).record.funcs.DeInit = noteDeInit;
     }
     list("none0").record.funcs.DeInit = nullptr;
+    s_set = &set;
+    const auto before = set.clock();
     EXPECT_EQ(set.stop(), 0);
     EXPECT_EQ(s_deInits, "c0 a0 b0 ");
+    EXPECT_EQ(s_lastDeInit, before) << "and only then waits";
     EXPECT_TRUE(listedInterfaces().empty());
 }
 

@@ -5,6 +5,33 @@
 int recoveryMain(); // the daemon's main, renamed for this test
 
 namespace {
+/** What the platform's logger was told. */
+struct Told {
+    std::string program = {};
+    std::string category = {};
+    int colour = -1;
+    std::string description = {};
+} s_told;
+} // namespace
+
+extern "C" {
+void __real_kest_debug_init(const char* name);
+kest_debug_category* __real_kest_debug_category_new(const char* name, int colour, const char* description);
+
+void __wrap_kest_debug_init(const char* name)
+{
+    s_told.program = name;
+    __real_kest_debug_init(name);
+}
+
+kest_debug_category* __wrap_kest_debug_category_new(const char* name, int colour, const char* description)
+{
+    s_told = {s_told.program, name, colour, description};
+    return __real_kest_debug_category_new(name, colour, description);
+}
+}
+
+namespace {
 /** The daemon runs on a thread of its own until the glue is stopped. */
 class Recovery : public testing::Test {
 protected:
@@ -57,6 +84,16 @@ TEST_F(Recovery, MakesTheGluesCategory)
     for (std::size_t line = 1; line < log.size(); ++line) {
         EXPECT_EQ(log[line].category, "RECOVERY_NET_CONNECTION") << log[line];
     }
+    end();
+}
+
+TEST_F(Recovery, TellsThePlatformsLoggerItsNames)
+{
+    run();
+    EXPECT_EQ(s_told.program, "MOVOAPP_TEST");
+    EXPECT_EQ(s_told.category, "RECOVERY_NET_CONNECTION");
+    EXPECT_EQ(s_told.colour, 0);
+    EXPECT_EQ(s_told.description, "Platform Glue Net");
     end();
 }
 

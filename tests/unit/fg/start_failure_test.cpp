@@ -66,6 +66,7 @@ TEST_F(StartFailure, OfTheThreadIsToldAndTheNextStartWorks)
     set.fail({.call = sim::Call::ThreadCreate, .nth = 1, .error = EAGAIN});
     EXPECT_EQ(Movo_NET_Glue_Init(), 1);
     EXPECT_TRUE(isBriefly(set, "creating thread failed.\n"));
+    EXPECT_TRUE(textsOf(set, "LoadNetConfig").empty()) << "nothing is loaded without it";
     EXPECT_EQ(Movo_NET_IsInitializationDone(0), 0);
     expectRetryToWork(2);
 }

@@ -82,6 +82,19 @@ TEST(SoftApStart, WritesTheConfigurationOfHostapd)
     EXPECT_EQ(status.st_mode & 07777, 0777U);
 }
 
+/** What the configuration is before its mode is changed. */
+TEST(SoftApStart, MakesTheConfigurationForItsOwnerToWrite)
+{
+    Bench bench;
+    const mode_t mask = umask(0);
+    (void)bench.set.fail({.call = Call::Chmod, .on = kConfiguration, .error = EPERM});
+    EXPECT_EQ(s_SoftAP_Start(nullptr), nullptr);
+    struct stat status {};
+    ASSERT_EQ(stat(bench.set.real(kConfiguration).c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777, 0644U);
+    (void)umask(mask);
+}
+
 TEST(SoftApStart, ReplacesAnOlderConfiguration)
 {
     Bench bench;

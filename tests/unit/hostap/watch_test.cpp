@@ -44,6 +44,7 @@ TEST(LeaseWatch, BeginsWithThePipe)
     bench.set.settle();
     EXPECT_EQ(bench.set.openDescriptors(), (Lines{"open(\"/tmp/softapnotify.pipe.bcm0\")", "inotify_init1()"}));
     EXPECT_EQ(bench.set.watch(kLeases).watchers(), 1);
+    EXPECT_EQ(bench.set.watch(kLeases).awaited(), std::uint32_t{IN_MODIFY});
     EXPECT_EQ(said(bench), Lines{});
 }
 

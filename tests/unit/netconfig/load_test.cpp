@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <fcntl.h>
 #include <kest.h>
 #include <unistd.h>
 
@@ -64,6 +65,7 @@ TEST(LoadNetConfig, KeepsDescriptorZeroAFailure)
     EXPECT_EQ(said(set, "LoadNetConfig"), Lines{"ERROR cannot open /data/tv/save/netconfig for read\n"});
     EXPECT_EQ(set.openDescriptors(), Lines{"open(\"/data/tv/save/netconfig\")"})
         << "0 stays open, so the next is not 0";
+    EXPECT_EQ(fcntl(0, F_GETFL) & O_ACCMODE, O_RDWR);
     EXPECT_EQ(LoadNetConfig(), 0);
     EXPECT_EQ(dup2(input, STDIN_FILENO), STDIN_FILENO);
     EXPECT_EQ(close(input), 0);

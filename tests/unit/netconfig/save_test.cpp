@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <fcntl.h>
 #include <filesystem>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -196,6 +197,7 @@ TEST(SaveNetConfig, KeepsDescriptorZeroAFailure)
     EXPECT_EQ(SaveNetConfig(), 1);
     EXPECT_EQ(said(set, "SaveNetConfig"), Lines{"ERROR cannot open /data/tv/save/netconfig.tmp for write\n"});
     EXPECT_EQ(set.openDescriptors(), Lines{"open(\"/data/tv/save/netconfig.tmp\")"});
+    EXPECT_EQ(fcntl(0, F_GETFL) & O_ACCMODE, O_RDWR);
     EXPECT_EQ(SaveNetConfig(), 0);
     EXPECT_EQ(dup2(input, STDIN_FILENO), STDIN_FILENO);
     EXPECT_EQ(close(input), 0);

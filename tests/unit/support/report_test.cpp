@@ -3,6 +3,7 @@
 #include "sim/sim.h"
 #include "support/log.h"
 
+#include <algorithm>
 #include <movo_net_core.h>
 #include <unistd.h>
 
@@ -13,6 +14,17 @@ int reportSomething()
 {
     NET_REPORT("a < b");
     return __LINE__ - 1;
+}
+
+/** Called from as deep as that. */
+__attribute__((noinline)) void reportFrom(int depth)
+{
+    if (depth == 0) {
+        (void)reportSomething();
+    } else {
+        reportFrom(depth - 1);
+    }
+    asm volatile(""); // keeps the call above from becoming a jump, which leaves no frame
 }
 
 void requireSomething(bool holds)
@@ -49,6 +61,15 @@ TEST(Report, IsToldOnStandardOutput)
                                  " Routine:reportSomething, a < b failed \x1b[0m \n";
     ASSERT_GE(text.size(), expected.size());
     EXPECT_EQ(text.substr(text.size() - expected.size()), expected);
+}
+
+TEST(Report, ShowsTenFramesOfTheWayThere)
+{
+    const sim::CapturedOutput output;
+    testing::internal::CaptureStderr();
+    reportFrom(20);
+    const std::string frames = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(std::ranges::count(frames, '\n'), 10) << frames;
 }
 
 TEST(Report, IsNoLogMessage)
