@@ -37,7 +37,9 @@ const std::vector<Chip> kChips{
 /** A board whose environment names no chip at first. */
 class Board : public testing::Test {
 protected:
-    Board()
+    Board() { clear(); }
+
+    static void clear()
     {
         for (const Chip& chip : kChips) {
             for (const char* variable : {chip.driver, chip.id, chip.supplicant}) {
@@ -72,67 +74,69 @@ protected:
 
     sim::Set set;
 };
-
-class EachChip : public Board, public testing::WithParamInterface<std::size_t> {
-protected:
-    static const Chip& chip() { return kChips[GetParam()]; }
-};
 } // namespace
 
-TEST_P(EachChip, HasItsVariables)
+TEST_F(Board, NamesEachChipByVariablesOfItsOwn)
 {
-    describe(chip());
-    EXPECT_STREQ(int_Wifi_GetDrvName(chip().type), chip().driver);
-    EXPECT_STREQ(int_Wifi_GetDevID(chip().type), chip().id);
-    EXPECT_STREQ(int_Wifi_GetWpaSupplicantStr(chip().type), chip().supplicant);
-}
-
-TEST_P(EachChip, RunsItsCommandAndTellsIt)
-{
-    describe(chip());
-    const std::string command = probeOf(chip());
-    set.onCommand(command).prints("").times(1);
-    EXPECT_EQ(int_Wifi_IsDevAvailable(kIfname, chip().type), 1);
-    EXPECT_EQ(probes(), Lines{command});
-    ASSERT_EQ(set.log().size(), 1U);
-    EXPECT_LOGGED(set, KEST_LEVEL_INFO, kModule, "int_Wifi_IsDevAvailable", "Command: " + command + "\n");
-    for (const int status : {256, 127 * 256, 9, -1}) {
-        set.onCommand("lsusb").fails(status);
-        EXPECT_EQ(int_Wifi_IsDevAvailable(kIfname, chip().type), 0) << status;
+    for (const Chip& chip : kChips) {
+        describe(chip);
+        EXPECT_STREQ(int_Wifi_GetDrvName(chip.type), chip.driver);
+        EXPECT_STREQ(int_Wifi_GetDevID(chip.type), chip.id);
+        EXPECT_STREQ(int_Wifi_GetWpaSupplicantStr(chip.type), chip.supplicant);
+        clear();
     }
 }
 
-TEST_P(EachChip, WithoutIdDriverOrInterfaceRunsNothing)
+TEST_F(Board, IsProbedByACommandThatIsTold)
 {
-    describe(chip());
-    EXPECT_EQ(int_Wifi_IsDevAvailable(nullptr, chip().type), 0);
-    EXPECT_EQ(unsetenv(chip().id), 0);
-    EXPECT_EQ(int_Wifi_IsDevAvailable(kIfname, chip().type), 0);
-    describe(chip());
-    EXPECT_EQ(unsetenv(chip().driver), 0);
-    EXPECT_EQ(int_Wifi_IsDevAvailable(kIfname, chip().type), 0);
+    for (const Chip& chip : kChips) {
+        describe(chip);
+        const std::string command = probeOf(chip);
+        set.onCommand(command).prints("");
+        set.forget();
+        EXPECT_EQ(int_Wifi_IsDevAvailable(kIfname, chip.type), 1) << command;
+        EXPECT_EQ(probes(), Lines{command});
+        EXPECT_EQ(set.log().size(), 1U);
+        EXPECT_LOGGED(set, KEST_LEVEL_INFO, kModule, "int_Wifi_IsDevAvailable", "Command: " + command + "\n");
+        for (const int status : {256, 127 * 256, 9, -1}) {
+            set.onCommand(command).fails(status);
+            EXPECT_EQ(int_Wifi_IsDevAvailable(kIfname, chip.type), 0) << command << " gives " << status;
+        }
+    }
+}
+
+TEST_F(Board, IsNotProbedWithoutIdDriverOrInterface)
+{
+    for (const Chip& chip : kChips) {
+        describe(chip);
+        EXPECT_EQ(int_Wifi_IsDevAvailable(nullptr, chip.type), 0);
+        EXPECT_EQ(unsetenv(chip.id), 0);
+        EXPECT_EQ(int_Wifi_IsDevAvailable(kIfname, chip.type), 0);
+        describe(chip);
+        EXPECT_EQ(unsetenv(chip.driver), 0);
+        EXPECT_EQ(int_Wifi_IsDevAvailable(kIfname, chip.type), 0);
+    }
     EXPECT_EQ(probes(), Lines{});
     EXPECT_TRUE(set.log().empty());
 }
 
-TEST_P(EachChip, IsFoundAfterAllThatComeBeforeIt)
+TEST_F(Board, HasTheFirstChipThatIsFound)
 {
-    Lines expected;
-    for (const Chip& each : kChips) {
-        describe(each);
-        set.onCommand(probeOf(each)).fails();
+    Lines all;
+    for (const Chip& chip : kChips) {
+        describe(chip);
+        all.push_back(probeOf(chip));
+        set.onCommand(all.back()).prints("");
     }
-    for (std::size_t place = GetParam(); place < kChips.size(); ++place) {
-        set.onCommand(probeOf(kChips[place])).prints(""); // it and all behind it are there
+    for (const Chip& chip : kChips) { // of those that are there, one fewer each time
+        set.forget();
+        EXPECT_EQ(int_Wifi_GetDevType(kIfname), chip.type);
+        const auto asked = static_cast<std::ptrdiff_t>(&chip - kChips.data()) + 1;
+        EXPECT_EQ(probes(), Lines(all.begin(), all.begin() + asked));
+        set.onCommand(probeOf(chip)).fails();
     }
-    for (std::size_t place = 0; place <= GetParam(); ++place) {
-        expected.push_back(probeOf(kChips[place]));
-    }
-    EXPECT_EQ(int_Wifi_GetDevType(kIfname), chip().type);
-    EXPECT_EQ(probes(), expected);
+    EXPECT_EQ(int_Wifi_GetDevType(kIfname), _MOVO_NET_WIFI_UNKNOWN_);
 }
-
-INSTANTIATE_TEST_SUITE_P(Places, EachChip, testing::Range(std::size_t{0}, kChips.size()));
 
 TEST_F(Board, OfAnUnknownTypeHasNoVariablesAndRunsNothing)
 {

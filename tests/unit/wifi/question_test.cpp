@@ -20,11 +20,6 @@ struct Operation {
     bool needsNetwork = true; ///< It is about the network of that name.
 };
 
-void PrintTo(const Operation& operation, std::ostream* out)
-{
-    *out << operation.function;
-}
-
 template <typename Output>
 Operation reading(const char* function, RETURN_TYPE (*call)(MovoNetIface_t*, const char*, Output*))
 {
@@ -89,68 +84,67 @@ const std::vector<Operation> kOperations{
     {"int_Movo_NET_WifiConnectEss", int_Movo_NET_WifiConnectEss},
 };
 
-/** Those that are about one network. */
-std::vector<Operation> aboutANetwork()
-{
-    std::vector<Operation> some = kOperations;
-    std::erase_if(some, [](const Operation& operation) { return !operation.needsNetwork; });
-    return some;
-}
-
-class EachOperation : public testing::TestWithParam<Operation> {};
-class EachOperationOnANetwork : public testing::TestWithParam<Operation> {};
 } // namespace
 
-TEST_P(EachOperation, ReportsThatThereIsNoRecord)
+TEST(EachOperation, ReportsThatThereIsNoRecord)
 {
     Bench bench;
-    const sim::CapturedOutput output;
-    EXPECT_EQ(GetParam().call(nullptr, "Net"), 5);
-    EXPECT_NE(output.text().find("File:movo_net_fl_wifi"), std::string::npos) << output.text();
-    EXPECT_NE(output.text().find("Routine:" + GetParam().function + ", pIface failed"), std::string::npos)
-        << output.text();
+    for (const Operation& each : kOperations) {
+        const sim::CapturedOutput output;
+        EXPECT_EQ(each.call(nullptr, "Net"), 5) << each.function;
+        EXPECT_NE(output.text().find("File:movo_net_fl_wifi"), std::string::npos) << output.text();
+        EXPECT_NE(output.text().find("Routine:" + each.function + ", pIface failed"), std::string::npos)
+            << output.text();
+    }
     EXPECT_TRUE(bench.set.log().empty());
 }
 
-TEST_P(EachOperation, SaysNothingOfARecordWithoutBackEndOrLink)
+TEST(EachOperation, SaysNothingOfARecordWithoutBackEndOrLink)
 {
     Bench bench;
     MovoNetIface_t bare{};
     bare.isActived = 1;
-    EXPECT_EQ(GetParam().call(&bare, "Net"), 5);
     MovoNetWifi_t withoutLink{};
-    bare.priv = &withoutLink;
-    EXPECT_EQ(GetParam().call(&bare, "Net"), 5);
+    for (const Operation& each : kOperations) {
+        bare.priv = nullptr;
+        EXPECT_EQ(each.call(&bare, "Net"), 5) << each.function;
+        bare.priv = &withoutLink;
+        EXPECT_EQ(each.call(&bare, "Net"), 5) << each.function;
+    }
     EXPECT_TRUE(bench.set.log().empty());
 }
 
-TEST_P(EachOperation, TellsOfAnInterfaceThatIsNotActive)
+TEST(EachOperation, TellsOfAnInterfaceThatIsNotActive)
 {
     Bench bench;
     bench.list("Net", kWpa2, kAes);
     bench.iface.isActived = 0;
-    EXPECT_EQ(GetParam().call(&bench.iface, "Net"), 1);
-    ASSERT_EQ(bench.set.log().size(), 1U);
-    EXPECT_LOGGED(bench.set, KEST_LEVEL_ERROR, kModule, GetParam().function, "not actived yet");
+    for (const Operation& each : kOperations) {
+        bench.set.forget();
+        EXPECT_EQ(each.call(&bench.iface, "Net"), 1) << each.function;
+        EXPECT_EQ(bench.set.log().size(), 1U) << each.function;
+        EXPECT_LOGGED(bench.set, KEST_LEVEL_ERROR, kModule, each.function, "not actived yet");
+    }
     EXPECT_EQ(bench.supplicant.commands, Lines{});
 }
 
-TEST_P(EachOperationOnANetwork, TellsOfOneThatIsNotListed)
+TEST(EachOperation, TellsOfANetworkThatIsNotListed)
 {
     Bench bench;
     bench.list("Net", kWpa2, kAes);
     bench.wifi().esss_num = 0; // what lies behind the table's end does not count
-    EXPECT_EQ(GetParam().call(&bench.iface, "Net"), 1);
-    ASSERT_EQ(bench.set.log().size(), 1U);
-    EXPECT_LOGGED(bench.set, KEST_LEVEL_ERROR, kModule, "get_essid_index", "no matched essid Net\n");
+    for (const Operation& each : kOperations) {
+        if (!each.needsNetwork) {
+            continue;
+        }
+        bench.set.forget();
+        EXPECT_EQ(each.call(&bench.iface, "Net"), 1) << each.function;
+        EXPECT_EQ(bench.set.log().size(), 1U) << each.function;
+        EXPECT_LOGGED(bench.set, KEST_LEVEL_ERROR, kModule, "get_essid_index", "no matched essid Net\n");
+    }
     EXPECT_EQ(bench.supplicant.commands, Lines{});
     EXPECT_EQ(g_isWifiConnectByUI, 0);
 }
-
-INSTANTIATE_TEST_SUITE_P(Operations, EachOperation, testing::ValuesIn(kOperations),
-                         [](const auto& test) { return test.param.function; });
-INSTANTIATE_TEST_SUITE_P(Operations, EachOperationOnANetwork, testing::ValuesIn(aboutANetwork()),
-                         [](const auto& test) { return test.param.function; });
 
 TEST(EssidIndex, ComparesThirtyTwoBytes)
 {
