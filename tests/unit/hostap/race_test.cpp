@@ -96,6 +96,26 @@ TEST_P(SoftApRace, OfStartsStopsAndQuestionsEndsAndCanBeStopped)
     EXPECT_EQ(hotspot.mState, HOTSPOT_STOPPED);
 }
 
+/** A failed start and a stop may use the shared socket at once: it is opened once, and nobody closes it twice. */
+TEST_P(SoftApRace, SharesOneSocket)
+{
+    bench.set.addIface("bcm0").setUp(true).setAddress("192.168.255.249");
+    for (int thread = 0; thread < 3; ++thread) {
+        bench.set.background([] {
+            for (int round = 0; round < 20; ++round) {
+                (void)ifc_clear_ipv4_addresses("bcm0");
+                (void)ifc_init();
+                (void)ifc_down("bcm0");
+            }
+        });
+    }
+    bench.set.joinBackground();
+    EXPECT_LE(bench.set.openDescriptors().size(), 1U);
+    ifc_close();
+    EXPECT_EQ(bench.set.openDescriptors(), Lines{});
+    EXPECT_EQ(bench.set.iface("bcm0").address(), "0.0.0.0");
+}
+
 /** What a callback reads of the device is one device, however often the list changes meanwhile. */
 TEST_P(SoftApRace, ShowsACallbackOneWholeDevice)
 {
