@@ -5,6 +5,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 
 using namespace movonet;
 
@@ -12,6 +13,9 @@ namespace {
 constexpr LogModule kLog{"movo_net_fl_wifi", &movoglue_net_debug};
 
 using Link = MovNetWifiEssItem_t**;
+
+/** The list was forgotten since it was loaded; guarded by essListLock. */
+bool s_forgotten;
 
 bool sameNetwork(const MovNetWifiEssItem_t& left, const MovNetWifiEssItem_t& right)
 {
@@ -75,6 +79,19 @@ void freeSavedEsss()
         std::free(takeOut(&g_pSavedEsss));
     }
 }
+
+void forgetSavedEsss()
+{
+    freeSavedEsss();
+    s_forgotten = true;
+}
+
+void installSavedEsss(MovNetWifiEssItem_t* head)
+{
+    freeSavedEsss();
+    set(g_pSavedEsss, head);
+    s_forgotten = false;
+}
 } // namespace movonet
 
 RETURN_TYPE int_Movo_Net_SaveEss(MovNetWifiEssItem_t* ess)
@@ -82,10 +99,13 @@ RETURN_TYPE int_Movo_Net_SaveEss(MovNetWifiEssItem_t* ess)
     if (ess == nullptr || ess->essid[0] == '\0') {
         return kBadArgument;
     }
-    ScopedLock lock(essListLock);
+    const ScopedLock lock(essListLock);
     if (!lock) {
         NET_ERROR("lock mutex failed\n");
         return kFail;
+    }
+    if (std::exchange(s_forgotten, false)) {
+        (void)LoadEsss(); // the stop has come first; a file of this network alone would lose the others
     }
     if (g_pSavedEsss != nullptr && sameNetwork(*g_pSavedEsss, *ess) && std::strcmp(g_pSavedEsss->Key, ess->Key) == 0) {
         return kOk; // saved last time: costs nothing
@@ -93,8 +113,7 @@ RETURN_TYPE int_Movo_Net_SaveEss(MovNetWifiEssItem_t* ess)
     if (const RETURN_TYPE result = insertFirst(*ess, NET_HERE); result != kOk) {
         return result;
     }
-    lock.unlock();
-    return SaveEsss();
+    return SaveEsss(); // the lock is held on: a list that is forgotten meanwhile would be taken for an empty one
 }
 
 RETURN_TYPE int_Movo_Net_DelEss(MovNetWifiEssItem_t ess)
@@ -102,7 +121,7 @@ RETURN_TYPE int_Movo_Net_DelEss(MovNetWifiEssItem_t ess)
     if (ess.essid[0] == '\0') {
         return kBadArgument;
     }
-    ScopedLock lock(essListLock);
+    const ScopedLock lock(essListLock);
     if (!lock) {
         NET_ERROR("lock mutex failed\n");
         return kFail;
@@ -114,7 +133,6 @@ RETURN_TYPE int_Movo_Net_DelEss(MovNetWifiEssItem_t ess)
         return kOk;
     }
     std::free(takeOut(link));
-    lock.unlock();
     NET_INFO("delete %s in saved ess list\n", ess.essid);
     return SaveEsss();
 }

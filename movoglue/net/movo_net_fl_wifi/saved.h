@@ -19,6 +19,12 @@ bool hasSavedEsss();
 /** Empties the list, not the files. The caller holds essListLock. */
 void freeSavedEsss();
 
+/** The same at the end of the back end; a network that is saved after it finds the others in the file. */
+void forgetSavedEsss();
+
+/** Replaces the list by what the file holds. The caller holds essListLock. */
+void installSavedEsss(MovNetWifiEssItem_t* head);
+
 /** Bytes of a network in the file. */
 constexpr std::size_t kEssRecordSize = 152;
 using EssRecord = std::array<std::uint8_t, kEssRecordSize>;

@@ -3,7 +3,6 @@
 #include "support/command.h"
 #include "support/fd.h"
 #include "support/log.h"
-#include "support/shared.h"
 #include "support/text.h"
 
 #include <cstdlib>
@@ -120,8 +119,7 @@ RETURN_TYPE LoadEsss(void)
         freeList(head);
         return kFail;
     }
-    freeSavedEsss();
-    set(g_pSavedEsss, head);
+    installSavedEsss(head);
     return kOk;
 }
 

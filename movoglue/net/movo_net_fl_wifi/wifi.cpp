@@ -146,7 +146,7 @@ RETURN_TYPE int_Movo_Net_DeInitWifi(MovoNetIface_t* pIface)
         NET_ERROR("lock essList mutex failed\n");
         return kFail;
     }
-    freeSavedEsss();
+    forgetSavedEsss();
     saved.unlock();
 
     const ScopedLock lock(wifi->lock);
