@@ -182,6 +182,7 @@ RETURN_TYPE ifdown(MovoNetIface_t* pIface)
     set(pIface->isActived, kFalse);
     set(pIface->isConnected, kFalse);
     dropAddress(*pIface);
+    set(pIface->isConnected, kFalse); // again: the loop may have been at a lease, which is gone with its client
     clearAddresses(*pIface);
     set(pIface->macaddr, 0);
     return ResetGwAndDns();

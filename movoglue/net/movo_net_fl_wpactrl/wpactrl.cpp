@@ -145,6 +145,7 @@ RETURN_TYPE int_Movo_Net_Wpactrl_RemoveNetwork(MovoNetIface_t* pIface)
     lock.unlock();
     set(pIface->isConnected, kFalse);
     stopAddressing(*pIface);
+    set(pIface->isConnected, kFalse); // again: the loop may have been at a lease, which is gone with its client
     return kOk;
 }
 

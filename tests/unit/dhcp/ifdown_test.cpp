@@ -3,6 +3,7 @@
 #include "movo_net_fg/fg.h"
 
 #include <csignal>
+#include <sched.h>
 
 using namespace dhcp;
 
@@ -127,6 +128,31 @@ TEST(IfDown, HandsTheRouteToTheOtherInterface)
     connect(bench.iface);
     EXPECT_EQ(ifdown(&bench.iface), 0);
     EXPECT_EQ(bench.set.defaultRoutes(), Lines{"10.1.0.1 dev eth1"});
+}
+
+/** The loop's thread is at a lease when another one takes the interface down; the lease must not be the last word. */
+TEST(IfDown, WhileALeaseIsTakenLeavesNoneOfIt)
+{
+    Bench bench;
+    bench.launch();
+    bench.set.holdSleeps(500);
+    bench.set.iface("eth0").setAddress("10.0.2.15");
+    bench.set.addDefaultRoute("eth0", "10.0.2.2");
+    bench.hear("new"); // and it waits for the route
+    bench.set.forget();
+    bench.set.background([&bench] { EXPECT_EQ(ifdown(&bench.iface), 0); });
+    while (only(said(bench.set), {"INFO ShutdownDhcpcd"}).empty()) {
+        (void)sched_yield();
+    }
+    bench.set.holdSleeps(0); // it goes on
+    bench.set.joinBackground();
+    EXPECT_CALLBACKS(bench.set, {{sim::IPCHANGED, "eth0"}, {sim::DHCP_SUCCESS, "eth0"}});
+    EXPECT_EQ(bench.iface.isActived, 0);
+    EXPECT_EQ(bench.iface.isConnected, 0);
+    EXPECT_EQ(bench.iface.ipv4, 0U);
+    EXPECT_EQ(bench.iface.priority, 0);
+    EXPECT_EQ(bench.iface.dhcpcfd, -1);
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, "movo_net_fg", "ResetGwAndDns", "no connected interface\n");
 }
 
 TEST(TimeMark, IsAnEmptyFile)

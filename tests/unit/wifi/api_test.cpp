@@ -1,7 +1,9 @@
 #include "television.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <movo_net.h>
+#include <sched.h>
 
 // The public Wi-Fi calls on a television that runs, from the scan to the address and back.
 
@@ -174,6 +176,33 @@ TEST(WifiApi, AnotherRequestReplacesTheFirst)
     EXPECT_EQ(joinedName(), "Cafe");
     const std::map<End, int> both{{End::Replaced, 1}, {End::Connected, 1}};
     EXPECT_EQ(television.supplicant.attempts.ends(), both);
+}
+
+TEST(WifiApi, AnotherRequestWhileALeaseArrivesLeavesNoneOfIt)
+{
+    Television television;
+    television.startWith({kCafe});
+    ASSERT_EQ(Movo_NET_WifiConnectEss(0, kIf, "Cafe"), 0);
+    television.hears({kConnected});
+    television.set.holdSleeps(500);
+    television.set.dhcp(kIf).leases(); // the loop has its address and waits for its route
+    television.set.forget();
+    television.supplicant.answers("ADD_NETWORK", "FAIL\n");
+    television.supplicant.answers("SET_NETWORK 0 ssid \"Cafe\"", "FAIL\n");
+    television.set.background([] { EXPECT_EQ(Movo_NET_WifiConnectEss(0, kIf, "Cafe"), 1); });
+    const auto stopping = [&television] {
+        return std::ranges::any_of(television.set.log(),
+                                   [](const sim::LogLine& line) { return line.function == "ShutdownDhcpcd"; });
+    };
+    while (!stopping()) {
+        (void)sched_yield();
+    }
+    television.set.holdSleeps(0); // the loop goes on
+    television.set.joinBackground();
+    kest_bool connected = 1;
+    EXPECT_EQ(Movo_NET_IsConnected(0, kIf, &connected), 0);
+    EXPECT_EQ(connected, 0);
+    EXPECT_FALSE(television.set.dhcp(kIf).running());
 }
 
 TEST(WifiApi, LeavesWhileItJoins)
