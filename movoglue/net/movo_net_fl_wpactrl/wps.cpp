@@ -98,12 +98,10 @@ RETURN_TYPE int_Movo_Net_Wpactrl_WPSGetPIN(MovoNetIface_t* pIface, char* pin, in
         NET_ERROR("Wpactrl_SendCommand failed\n");
         return result;
     }
-    const auto room = static_cast<std::ptrdiff_t>(bufnum) - 1;
-    if (static_cast<std::ptrdiff_t>(std::strlen(reply.text)) > room) {
+    if (bufnum <= 0 || std::strlen(reply.text) >= static_cast<std::size_t>(bufnum)) {
         NET_ERROR("pin strlen too long");
         return kFail;
     }
-    copyPadded(pin, reply.text, static_cast<std::size_t>(room));
-    pin[room] = '\0';
+    copyPadded(pin, reply.text, static_cast<std::size_t>(bufnum));
     return kOk;
 }
