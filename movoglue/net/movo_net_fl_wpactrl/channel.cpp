@@ -55,14 +55,6 @@ void closeConnection(wpa_ctrl* connection)
     }
 }
 
-/** A connection that an activation left open when it failed after opening it. */
-void closeLeftOvers(Wpactrl_t& w)
-{
-    closeCommandConnection(w);
-    closeMonitorConnection(w);
-    set(w.ctrlClosed, kFalse);
-}
-
 /** The exchange itself; a connection that is closed fails like one whose peer is gone. */
 int request(Wpactrl_t& w, const char* cmd, char* buf, std::size_t* len)
 {
@@ -93,6 +85,17 @@ void closeCommandConnection(Wpactrl_t& w)
     }
 }
 
+void replaceCommandConnection(Wpactrl_t& w, wpa_ctrl* connection)
+{
+    const ScopedLock lock(s_requestLock);
+    wpa_ctrl* old = get(w.ctrl_conn);
+    if (old != nullptr && !get(w.ctrlClosed)) {
+        wpa_ctrl_close(old);
+    }
+    set(w.ctrl_conn, connection);
+    set(w.ctrlClosed, kFalse);
+}
+
 void closeMonitorConnection(Wpactrl_t& w)
 {
     closeConnection(take(w.mon_conn, nullptr));
@@ -112,18 +115,17 @@ RETURN_TYPE Wpactrl_Init(Wpactrl_t* w, const char* ifname)
     if (w == nullptr || ifname == nullptr || *ifname == '\0') {
         return kBadArgument;
     }
-    closeLeftOvers(*w);
+    replaceCommandConnection(*w, nullptr); // an activation that failed after opening them left both open
+    closeMonitorConnection(*w);
     const SocketPath path("%s/%s", kSocketFolder, kSocketName); // Deliberate: the doubled slash.
     NET_INFO("open wpa_ctrl %s, ctrl\n", path.c_str());
     wpa_ctrl* command = openConnection(path);
     if (command == nullptr) {
-        set(w->ctrl_conn, nullptr);
         NET_ERROR("cannot open wpa_ctrl %s, ctrl\n", path.c_str());
         return kFail;
     }
     wpa_ctrl* monitor = openConnection(path);
     if (monitor == nullptr) {
-        set(w->ctrl_conn, nullptr);
         NET_ERROR("cannot open wpa_ctrl %s, mon\n", path.c_str());
         closeConnection(command);
         return kFail;
@@ -132,7 +134,6 @@ RETURN_TYPE Wpactrl_Init(Wpactrl_t* w, const char* ifname)
     const bool attached = wpa_ctrl_attach(monitor) == 0;
     lock.unlock();
     if (!attached) {
-        set(w->ctrl_conn, nullptr);
         NET_ERROR("cannot attach to wpa_ctrl\n");
         closeConnection(command);
         closeConnection(monitor);
@@ -140,7 +141,7 @@ RETURN_TYPE Wpactrl_Init(Wpactrl_t* w, const char* ifname)
     }
     set(w->mon_conn, monitor);
     set(w->fd, wpa_ctrl_get_fd(monitor));
-    set(w->ctrl_conn, command);
+    replaceCommandConnection(*w, command);
     set(w->generation, get(w->generation) + 1);
     return kOk;
 }
@@ -162,9 +163,7 @@ RETURN_TYPE Wpactrl_Reconnect(Wpactrl_t* w, const char* ifname)
         NET_ERROR("cannot open wpa_ctrl %s, ctrl\n", path.c_str());
         return kFail;
     }
-    const ScopedLock lock(s_requestLock);
-    set(w->ctrl_conn, connection);
-    set(w->ctrlClosed, kFalse);
+    replaceCommandConnection(*w, connection);
     return kOk;
 }
 

@@ -15,9 +15,13 @@ struct Reply {
     std::size_t length = kSize - 1;
 };
 
-/** Closes the command or the monitor connection, if there is one, while no request uses it. */
+/** Closes the command or the monitor connection, if there is one, while no request uses it. The former keeps its place:
+ * the link still counts as open, and every request fails. */
 void closeCommandConnection(Wpactrl_t& w);
 void closeMonitorConnection(Wpactrl_t& w);
+
+/** Puts `connection`, which may be NULL, in the place of the command connection; closes that one if it is open. */
+void replaceCommandConnection(Wpactrl_t& w, wpa_ctrl* connection);
 
 /** Tells the supplicant that the monitor connection wants no more events. */
 void detachMonitorConnection(Wpactrl_t& w);

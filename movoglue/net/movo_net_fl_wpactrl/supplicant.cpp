@@ -194,8 +194,7 @@ RETURN_TYPE ShutdownWpactrl(MovoNetIface_t* pIface)
     closeMonitorConnection(*w);
     (void)Wpa_SetWpa_supplicantOff(pIface);
     // A supplicant that ended by itself leaves the connection open; each would cost a descriptor and a socket file.
-    closeCommandConnection(*w);
-    set(w->ctrl_conn, nullptr);
+    replaceCommandConnection(*w, nullptr);
     set(w->generation, get(w->generation) + 1);
     set(w->isShuttingDown, kFalse);
     return kOk;

@@ -49,8 +49,7 @@ void discardWpactrl(MovoNetWifi_t& wifi);
  */
 void dropTimer(Wpactrl_t& w, ScopedLock& lock, std::int32_t& handle);
 
-/** Makes a timer that has just fired the last time it does. Another thread that replaces it waits for the handler's
- * end. */
+/** Keeps a timer that has just fired from firing again, unless another thread is replacing it and does so itself. */
 void removeFiredTimer(std::int32_t& handle);
 } // namespace movonet
 

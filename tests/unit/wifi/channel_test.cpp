@@ -1,6 +1,8 @@
 #include "bench.h"
 
 #include <gtest/gtest.h>
+#include <utility>
+#include <wpa_ctrl.h>
 
 using namespace wifi;
 using namespace movonet;
@@ -38,6 +40,18 @@ TEST(Open, ClosesWhatItOpenedWhenAStepFails)
     }
 }
 
+TEST(Open, LeavesNoClosedConnectionInItsPlaceMeanwhile)
+{
+    Bench bench;
+    ASSERT_NE(bench.link().ctrl_conn, nullptr) << "left over";
+    bench.supplicant.onOpen = [&bench] {
+        EXPECT_EQ(bench.link().ctrl_conn, nullptr) << "another thread would send on it";
+        EXPECT_EQ(bench.supplicant.closed, 2);
+    };
+    EXPECT_EQ(Wpactrl_Init(&bench.link(), "mlan0"), 0);
+    EXPECT_EQ(bench.supplicant.connections(), 2);
+}
+
 TEST(Open, ChecksItsArguments)
 {
     Bench bench;
@@ -55,6 +69,30 @@ TEST(Execute, RepeatsABusyCommandOnceAfterHalfASecond)
     EXPECT_EQ(bench.set.clock() - before, 500);
     EXPECT_EQ(sent(bench.supplicant), (Lines{"X", "X"}));
     EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kModule, "Wpactrl_ExecCmd", "send [X] again\n");
+}
+
+TEST(Execute, KeepsTheSecondReplyWithinTheFirstOnesLength)
+{
+    Bench bench;
+    bench.supplicant.replies["X"] = {"FAIL-BUSY\n", "OK, but longer\n"};
+    EXPECT_EQ(Wpactrl_ExecCmd(&bench.link(), "X"), 0);
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kModule, "Wpactrl_SendCmd", "command: X\n");
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kModule, "Wpactrl_SendCmd", "reply: FAIL-BUSY\n\n");
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kModule, "Wpactrl_SendCmd", "reply: OK, but lo\n");
+}
+
+TEST(Execute, GivesUpWhenTheSecondTimeFailsToo)
+{
+    Bench bench;
+    bench.supplicant.nextReplies = {"FAIL-BUSY\n", "FAIL-BUSY\n", "FAIL-BUSY\n"};
+    EXPECT_EQ(Wpactrl_ExecCmd(&bench.link(), "SCAN X"), 1);
+    bench.supplicant.results = {0, -1};
+    EXPECT_EQ(Wpactrl_ExecCmd(&bench.link(), "X"), 1);
+    EXPECT_EQ(told(bench.set, KEST_LEVEL_ERROR),
+              (Lines{"Wpactrl_ExecCmd: [SCAN X] failed\n", "Wpactrl_ExecCmd: [SCAN X] failed again\n",
+                     "Wpactrl_ExecCmd: [X] failed\n", "Wpactrl_SendCmd: wpa_ctrl_request error\n",
+                     "Wpactrl_ExecCmd: [X] failed again\n"}));
+    EXPECT_EQ(bench.link().scanTimerEventHandle, 0) << "that is for a scan";
 }
 
 TEST(Execute, TakesARefusalAtOnce)
@@ -97,6 +135,77 @@ TEST(Send, ReconnectsUnderTheInterfacesNameAfterATimeout)
     EXPECT_EQ(Wpactrl_ExecCmd(&bench.link(), "X"), 0) << "the new connection works";
 }
 
+namespace {
+/** A link with a connection but not yet with an owner. */
+struct Unowned {
+    explicit Unowned(Bench& bench) { w.ctrl_conn = std::exchange(bench.link().ctrl_conn, nullptr); }
+    ~Unowned() { closeCommandConnection(w); }
+    Unowned(const Unowned&) = delete;
+    Unowned& operator=(const Unowned&) = delete;
+
+    Wpactrl_t w{};
+};
+} // namespace
+
+TEST(Send, ReconnectsUnderTheNameOfWhoeverOwnsTheLink)
+{
+    Bench bench;
+    Unowned unowned(bench);
+    MovoNetWifi_t wifi{};
+    std::strcpy(bench.iface.name, "wlan7");
+    bench.supplicant.results = {-2, -2, -2};
+    EXPECT_EQ(Wpactrl_ExecCmd(&unowned.w, "X"), 1);
+    unowned.w.pWifiIface = &wifi;
+    EXPECT_EQ(Wpactrl_ExecCmd(&unowned.w, "X"), 1);
+    wifi.piface = &bench.iface;
+    EXPECT_EQ(Wpactrl_ExecCmd(&unowned.w, "X"), 1);
+    const Lines& opened = bench.supplicant.opened;
+    EXPECT_EQ(Lines(opened.end() - 3, opened.end()),
+              (Lines{"/dev/socket//mlan0", "/dev/socket//mlan0", "/dev/socket//wlan7"}));
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kModule, "Wpactrl_Reconnect", "open wpa_ctrl /dev/socket//wlan7, ctrl\n");
+}
+
+TEST(Send, ClosesWhatAnotherThreadHasReopenedMeanwhile)
+{
+    Bench bench;
+    bench.supplicant.results = {-2};
+    bool other = false;
+    bench.supplicant.onOpen = [&] {
+        if (!std::exchange(other, true)) {
+            bench.link().ctrl_conn = wpa_ctrl_open("by another thread");
+            bench.link().ctrlClosed = 0;
+        }
+    };
+    EXPECT_EQ(Wpactrl_ExecCmd(&bench.link(), "X"), 1);
+    EXPECT_EQ(bench.supplicant.connections(), 2) << "one for commands, one for events";
+}
+
+TEST(Send, LeavesTheConnectionAloneWithoutAName)
+{
+    Bench bench;
+    bench.iface.name[0] = '\0';
+    bench.supplicant.results = {-2};
+    EXPECT_EQ(Wpactrl_ExecCmd(&bench.link(), "X"), 1);
+    EXPECT_EQ(bench.supplicant.closed, 0);
+    EXPECT_EQ(told(bench.set, KEST_LEVEL_ERROR),
+              (Lines{"Wpactrl_SendCmd: wpa_ctrl_request time out\n", "Wpactrl_SendCmd: Wpactrl_Reconnect failed\n",
+                     "Wpactrl_ExecCmd: Wpactrl_SendCmd failed\n"}));
+    EXPECT_EQ(Wpactrl_ExecCmd(&bench.link(), "X"), 0);
+}
+
+TEST(Send, ChecksItsArguments)
+{
+    Bench bench;
+    char reply[8];
+    std::size_t length = sizeof(reply) - 1;
+    EXPECT_EQ(Wpactrl_SendCmd(nullptr, "X", reply, &length), 5);
+    EXPECT_EQ(Wpactrl_SendCmd(&bench.link(), "X", nullptr, &length), 5);
+    EXPECT_EQ(Wpactrl_SendCmd(&bench.link(), "X", reply, nullptr), 5);
+    Wpactrl_t unopened{};
+    EXPECT_EQ(Wpactrl_SendCmd(&unopened, "X", reply, &length), 5);
+    EXPECT_TRUE(bench.set.log().empty());
+}
+
 TEST(Send, NeverUsesAConnectionThatCouldNotBeReopened)
 {
     Bench bench;
@@ -116,143 +225,4 @@ TEST(Send, NeverUsesAConnectionThatCouldNotBeReopened)
     EXPECT_EQ(sent(bench.supplicant), Lines{});
     EXPECT_EQ(ShutdownWpactrl(&bench.iface), 0);
     EXPECT_EQ(bench.supplicant.closed, 2) << "each connection once";
-}
-
-TEST(Shutdown, EndsTheSupplicantAndClosesBothConnections)
-{
-    Bench bench;
-    EXPECT_EQ(ShutdownWpactrl(&bench.iface), 0);
-    EXPECT_EQ(sent(bench.supplicant), Lines{"TERMINATE"});
-    EXPECT_EQ(bench.supplicant.detached, 1);
-    EXPECT_EQ(bench.supplicant.closed, 2);
-    EXPECT_EQ(bench.link().ctrl_conn, nullptr);
-    EXPECT_EQ(ShutdownWpactrl(&bench.iface), 0);
-    EXPECT_EQ(bench.supplicant.closed, 2);
-}
-
-namespace {
-struct PidCase {
-    const char* contents;
-    const char* command;
-};
-class KillByPidFile : public testing::TestWithParam<PidCase> {};
-} // namespace
-
-TEST_P(KillByPidFile, WhenTheSupplicantDoesNotObey)
-{
-    Bench bench;
-    bench.supplicant.replies["TERMINATE"] = {"FAIL\n"};
-    bench.set.write("/tmp/wpa_supplicant_mlan0.pid", GetParam().contents);
-    bench.set.onCommand("kill -9").prints("");
-    EXPECT_EQ(ShutdownWpactrl(&bench.iface), 0);
-    EXPECT_EQ(bench.supplicant.closed, 2);
-    if (*GetParam().command == '\0') {
-        EXPECT_TRUE(bench.set.commands().empty());
-    } else {
-        EXPECT_RAN(bench.set, GetParam().command);
-    }
-}
-
-INSTANTIATE_TEST_SUITE_P(Contents, KillByPidFile,
-                         testing::Values(PidCase{"4711\n", "kill -9 4711"}, PidCase{"0\n", ""}, PidCase{"-1\n", ""},
-                                         PidCase{"1\n", ""}, PidCase{"rubbish", ""}, PidCase{"", ""},
-                                         PidCase{"99999999999999999999", ""}));
-
-TEST(SupplicantAtBoot, IsAdoptedWithinTwelveFailures)
-{
-    Bench bench;
-    bench.set.onCommand("ps |grep wpa_supplicant").fails(256).times(12);
-    bench.set.onCommand("ps |grep wpa_supplicant").fails(256).times(12);
-    for (int look = 0; look < 12; ++look) {
-        EXPECT_EQ(Wpa_SetWpa_supplicantOn(&bench.iface), 1);
-        EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kModule, "Wpa_SetWpa_supplicantOn",
-                      "Wpa_supplicant is not running.wait_count " + std::to_string(look) + "\n");
-    }
-    bench.set.onCommand("ps |grep wpa_supplicant").prints("");
-    EXPECT_EQ(Wpa_SetWpa_supplicantOn(&bench.iface), 0);
-    EXPECT_EQ(Wpa_SetWpa_supplicantOn(&bench.iface), 0);
-    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kModule, "Wpa_SetWpa_supplicantOn",
-                  "Wpa_supplicant is already running.\n");
-}
-
-TEST(SupplicantAtBoot, KeepsRefusingAfterThirteenFailures)
-{
-    Bench bench;
-    bench.set.onCommand("ps |grep wpa_supplicant").fails(256);
-    for (int look = 0; look < 13; ++look) {
-        EXPECT_EQ(Wpa_SetWpa_supplicantOn(&bench.iface), 1);
-    }
-    bench.set.onCommand("ps |grep wpa_supplicant").prints("");
-    for (int look = 0; look < 3; ++look) {
-        EXPECT_EQ(Wpa_SetWpa_supplicantOn(&bench.iface), 1);
-    }
-    EXPECT_LOGGED(bench.set, KEST_LEVEL_ERROR, kModule, "Wpa_SetWpa_supplicantOn",
-                  "Max wait count reached, Wpa_supplicant may not be launched\n");
-}
-
-namespace {
-/** Boot is over: a supplicant was seen once, and is gone. */
-void endBoot(Bench& bench)
-{
-    bench.set.onCommand("ps |grep wpa_supplicant").prints("");
-    EXPECT_EQ(Wpa_SetWpa_supplicantOn(&bench.iface), 0);
-    bench.set.onCommand("ps |grep wpa_supplicant").fails(256);
-    bench.set.forget();
-}
-
-struct TemplateCase {
-    const char* pattern;
-    std::string command;
-};
-class SupplicantTemplate : public testing::TestWithParam<TemplateCase> {};
-} // namespace
-
-TEST_P(SupplicantTemplate, IsExpandedAndNeverAFormat)
-{
-    setenv("ATHEROS_SUPPLICANT_STR", GetParam().pattern, 1);
-    Bench bench;
-    endBoot(bench);
-    bench.wifi().devType = _MOVO_NET_WIFI_ATHEROS_;
-    bench.set.onCommand(GetParam().command).prints("");
-    EXPECT_EQ(Wpa_SetWpa_supplicantOn(&bench.iface), 0);
-    EXPECT_RAN_IN_ORDER(bench.set, {"cp -f Misc/wpa_supplicant.conf /etc/", "sync", GetParam().command});
-    EXPECT_LOGGED(bench.set, KEST_LEVEL_ERROR, kModule, "Wpa_SetWpa_supplicantOn",
-                  "Current WPA_Supplicant cmd is: " + GetParam().command + "\n");
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Rows, SupplicantTemplate,
-    testing::Values(TemplateCase{"wpa -i%s -c%s -P/x_%s", "wpa -imlan0 -c/etc/wpa_supplicant.conf -P/x_mlan0"},
-                    TemplateCase{"%s%s%s%s", "mlan0/etc/wpa_supplicant.confmlan0"},
-                    TemplateCase{"a %% %n %d %5s %", "a % %n %d %5s %"}, TemplateCase{"%s", "mlan0"}));
-
-TEST(SupplicantTemplate, IsCutAtItsBuffer)
-{
-    const std::string pattern(300, 'x');
-    setenv("ATHEROS_SUPPLICANT_STR", pattern.c_str(), 1);
-    Bench bench;
-    endBoot(bench);
-    bench.wifi().devType = _MOVO_NET_WIFI_ATHEROS_;
-    bench.set.onCommand("xxx").prints("");
-    EXPECT_EQ(Wpa_SetWpa_supplicantOn(&bench.iface), 0);
-    EXPECT_RAN(bench.set, std::string(147, 'x'));
-}
-
-TEST(SupplicantLaunch, FailsWithoutChipTemplateOrShell)
-{
-    unsetenv("ATHEROS_SUPPLICANT_STR");
-    Bench bench;
-    endBoot(bench);
-    EXPECT_EQ(Wpa_SetWpa_supplicantOn(&bench.iface), 1);
-    bench.wifi().devType = _MOVO_NET_WIFI_ATHEROS_;
-    EXPECT_EQ(Wpa_SetWpa_supplicantOn(&bench.iface), 1);
-    setenv("ATHEROS_SUPPLICANT_STR", "launch", 1);
-    bench.set.onCommand("launch").fails(-1);
-    EXPECT_EQ(Wpa_SetWpa_supplicantOn(&bench.iface), 1);
-    const std::string function = "Wpa_SetWpa_supplicantOn: ";
-    EXPECT_EQ(
-        told(bench.set, KEST_LEVEL_ERROR),
-        (Lines{function + "The wifi device is not supported.\n",
-               function + "WPA_SUPPLICANT_STR for device type 1 is not configured.\n",
-               function + "Current WPA_Supplicant cmd is: launch\n", function + "Start wpa_supplicant failed.\n"}));
 }

@@ -32,6 +32,9 @@ struct Library {
     wpa_ctrl* open(const char* path)
     {
         supplicant.opened.emplace_back(path);
+        if (supplicant.onOpen) {
+            supplicant.onOpen();
+        }
         if (supplicant.openGrants > 0) {
             --supplicant.openGrants;
         } else if (supplicant.openFailures > 0) {

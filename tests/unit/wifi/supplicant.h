@@ -51,6 +51,8 @@ struct Supplicant {
     /** Run before a command is answered and after, on the caller's thread. */
     std::function<void(const std::string& command)> onCommand;
     std::function<void(const std::string& command)> afterCommand;
+    /** Run before a connection is opened, on the caller's thread. */
+    std::function<void()> onOpen;
 
     Lines commands; ///< As they were sent.
     Lines opened;   ///< Paths.
