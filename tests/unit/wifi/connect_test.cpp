@@ -61,6 +61,7 @@ constexpr auto kAsScanned = _MOVO_NET_WIFI_UI_DEFAULT_;
 constexpr auto kWishNone = _MOVO_NET_WIFI_UI_NONE_;
 constexpr auto kWishWep = _MOVO_NET_WIFI_UI_WEP_;
 constexpr auto kWishMix = _MOVO_NET_WIFI_UI_MIX_;
+constexpr auto kUnknownWish = static_cast<MovoNetWifiUISecurity_e>(9);
 
 const Lines kJoinOpen{"SET_NETWORK 0 key_mgmt NONE"};
 
@@ -79,29 +80,34 @@ Lines wpa(const std::string& proto, const std::string& management, const std::st
 
 INSTANTIATE_TEST_SUITE_P(
     Branches, Sequence,
-    testing::Values(Case{"Open", kOpen, kNone, kAsScanned, "", kJoinOpen},
-                    Case{"OpenByWish", kOpen, kNone, kWishNone, "", kJoinOpen},
-                    Case{"ProtectedTakenAsOpen", kWpa2, kAes, kWishNone, "a phrase", kJoinOpen},
-                    Case{"WepFive", kOpen, kWep, kAsScanned, "12345", wep("\"12345\"")},
-                    Case{"WepThirteen", kOpen, kWep, kAsScanned, "1234567890123", wep("\"1234567890123\"")},
-                    Case{"WepSixteen", kOpen, kWep, kAsScanned, "1234567890123456", wep("\"1234567890123456\"")},
-                    Case{"WepTen", kOpen, kWep, kAsScanned, "0123456789", wep("0123456789")},
-                    Case{"WepTwentySix", kOpen, kWep, kAsScanned, "01234567890123456789012345",
-                         wep("01234567890123456789012345")},
-                    Case{"WepThirtyTwo", kOpen, kWep, kAsScanned, "01234567890123456789012345678901",
-                         wep("01234567890123456789012345678901")},
-                    Case{"WepOpenOnly", kOpen, kWep, kAsScanned, "12345", wep("\"12345\"", "OPEN"), true},
-                    Case{"OpenTakenAsWep", kOpen, kNone, kWishWep, "12345", wep("\"12345\"")},
-                    Case{"OpenTakenAsMix", kOpen, kNone, kWishMix, "a phrase", wpa("WPA RSN", "WPA-PSK", "CCMP TKIP")},
-                    Case{"Mix", kWpa2, kAes, kWishMix, "a phrase", wpa("WPA RSN", "WPA-PSK", "CCMP TKIP")},
-                    Case{"Wpa2", kWpa2, kAes, kAsScanned, "a phrase", wpa("RSN", "WPA-PSK", "CCMP")},
-                    Case{"Wpa2Both", kWpa2, kBoth, kAsScanned, "a phrase", wpa("RSN", "WPA-PSK", "CCMP")},
-                    Case{"Wpa", kWpa, kTkip, kAsScanned, "a phrase", wpa("WPA", "WPA-PSK", "TKIP")},
-                    Case{"Wpa2Enterprise", kWpa2Eap, kAes, kAsScanned, "a phrase", wpa("RSN", "WPA-EAP", "CCMP")},
-                    Case{"WpaEnterprise", kWpaEap, kTkip, kAsScanned, "a phrase", wpa("WPA", "WPA-EAP", "TKIP")},
-                    Case{"SharedWithCipher", kShared, kAes, kAsScanned, "a phrase", wpa("WPA RSN", "WPA-PSK", "CCMP")},
-                    Case{"WepRecordWithUnknownWish", kOpen, kWep, static_cast<MovoNetWifiUISecurity_e>(9), "a phrase",
-                         wpa("WPA RSN", "WPA-PSK", "CCMP TKIP")}),
+    testing::Values(
+        Case{"Open", kOpen, kNone, kAsScanned, "", kJoinOpen},
+        Case{"OpenByWish", kOpen, kNone, kWishNone, "", kJoinOpen},
+        Case{"ProtectedTakenAsOpen", kWpa2, kAes, kWishNone, "a phrase", kJoinOpen},
+        Case{"WepFive", kOpen, kWep, kAsScanned, "12345", wep("\"12345\"")},
+        Case{"WepThirteen", kOpen, kWep, kAsScanned, "1234567890123", wep("\"1234567890123\"")},
+        Case{"WepSixteen", kOpen, kWep, kAsScanned, "1234567890123456", wep("\"1234567890123456\"")},
+        Case{"WepTen", kOpen, kWep, kAsScanned, "0123456789", wep("0123456789")},
+        Case{"WepTwentySix", kOpen, kWep, kAsScanned, "01234567890123456789012345", wep("01234567890123456789012345")},
+        Case{"WepThirtyTwo", kOpen, kWep, kAsScanned, "01234567890123456789012345678901",
+             wep("01234567890123456789012345678901")},
+        Case{"WepOpenOnly", kOpen, kWep, kAsScanned, "12345", wep("\"12345\"", "OPEN"), true},
+        Case{"OpenTakenAsWep", kOpen, kNone, kWishWep, "12345", wep("\"12345\"")},
+        Case{"OpenOfUnknownWish", kOpen, kNone, kUnknownWish, "a phrase", wpa("WPA RSN", "WPA-PSK", "CCMP TKIP")},
+        Case{"WepTakenAsOpen", kOpen, kWep, kWishNone, "12345", kJoinOpen},
+        Case{"WepTakenAsMix", kOpen, kWep, kWishMix, "a phrase", wpa("WPA RSN", "WPA-PSK", "CCMP TKIP")},
+        Case{"ProtectedTakenAsWep", kWpa2, kAes, kWishWep, "12345", wep("\"12345\"")},
+        Case{"EnterpriseTakenAsMix", kWpaEap, kTkip, kWishMix, "a phrase", wpa("WPA RSN", "WPA-PSK", "CCMP TKIP")},
+        Case{"OpenTakenAsMix", kOpen, kNone, kWishMix, "a phrase", wpa("WPA RSN", "WPA-PSK", "CCMP TKIP")},
+        Case{"Mix", kWpa2, kAes, kWishMix, "a phrase", wpa("WPA RSN", "WPA-PSK", "CCMP TKIP")},
+        Case{"Wpa2", kWpa2, kAes, kAsScanned, "a phrase", wpa("RSN", "WPA-PSK", "CCMP")},
+        Case{"Wpa2Both", kWpa2, kBoth, kAsScanned, "a phrase", wpa("RSN", "WPA-PSK", "CCMP")},
+        Case{"Wpa", kWpa, kTkip, kAsScanned, "a phrase", wpa("WPA", "WPA-PSK", "TKIP")},
+        Case{"Wpa2Enterprise", kWpa2Eap, kAes, kAsScanned, "a phrase", wpa("RSN", "WPA-EAP", "CCMP")},
+        Case{"WpaEnterprise", kWpaEap, kTkip, kAsScanned, "a phrase", wpa("WPA", "WPA-EAP", "TKIP")},
+        Case{"SharedWithCipher", kShared, kAes, kAsScanned, "a phrase", wpa("WPA RSN", "WPA-PSK", "CCMP")},
+        Case{"WepRecordWithUnknownWish", kOpen, kWep, kUnknownWish, "a phrase",
+             wpa("WPA RSN", "WPA-PSK", "CCMP TKIP")}),
     [](const auto& row) { return row.param.name; });
 
 TEST(Connect, RefusesAWepKeyOfNoKnownLengthAfterKeyManagement)

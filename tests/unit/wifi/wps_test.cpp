@@ -204,43 +204,41 @@ TEST(GeneratedPin, KeepsTheNameThatItsFailureHas)
 }
 
 namespace {
+const std::string kSearch = "int_Movo_Net_Wpactrl_SearchHideEss: ";
+
 struct Refused {
-    const char* name;
     const char* command;
-    bool cancels; // the chip can cancel scans
+    MovoNetWifiDevType_e chip;
     Lines errors; // after the one of the command itself
 };
-class HiddenSearchRefused : public testing::TestWithParam<Refused> {};
-const std::string kSearch = "int_Movo_Net_Wpactrl_SearchHideEss: ";
+constexpr auto kCancels = _MOVO_NET_WIFI_ATHEROS_;
+constexpr auto kCannotCancel = _MOVO_NET_WIFI_BRCM_43242_;
+const Refused kRefused[] = {
+    {"SET_NETWORK 3 ssid \"Hidden\"", kCannotCancel, {kSearch + "[SET_NETWORK 3 ssid \"Hidden\"] failed\n"}},
+    {"SET_NETWORK 3 key_mgmt NONE", kCannotCancel, {kSearch + "[SET_NETWORK 3 key_mgmt NONE] failed\n"}},
+    {"SET_NETWORK 3 scan_ssid 1", kCannotCancel, {kSearch + "[SET_NETWORK 3 scan_ssid 1] failed\n"}},
+    {"SCAN", kCancels, {"int_Movo_Net_Wpactrl_Scan: [SCAN] failed\n", kSearch + "[SCAN] failed\n"}},
+    {"SELECT_NETWORK  3", kCannotCancel, {kSearch + "[SELECT_NETWORK  3] failed\n"}},
+};
 } // namespace
 
-TEST_P(HiddenSearchRefused, EndsWithTheCommandThatFails)
+TEST(HiddenSearch, EndsWithTheCommandThatFails)
 {
-    const Refused& row = GetParam();
     Bench bench;
-    bench.wifi().devType = row.cancels ? _MOVO_NET_WIFI_ATHEROS_ : _MOVO_NET_WIFI_BRCM_43242_;
     bench.supplicant.replies["ADD_NETWORK"] = {"3\n"};
-    bench.supplicant.replies[row.command] = {"FAIL\n"};
-    EXPECT_EQ(int_Movo_Net_Wpactrl_SearchHideEss(&bench.iface, "Hidden"), 1);
-    EXPECT_EQ(sent(bench.supplicant).back(), row.command);
-    Lines expected{"Wpactrl_ExecCmd: [" + std::string(row.command) + "] failed\n"};
-    expected.insert(expected.end(), row.errors.begin(), row.errors.end());
-    EXPECT_EQ(errors(bench), expected);
-    EXPECT_EQ(bench.link().isSearchingHideEss, 0);
+    for (const Refused& row : kRefused) {
+        bench.wifi().devType = row.chip;
+        bench.supplicant.replies[row.command] = {"FAIL\n"};
+        EXPECT_EQ(int_Movo_Net_Wpactrl_SearchHideEss(&bench.iface, "Hidden"), 1);
+        EXPECT_EQ(sent(bench.supplicant).back(), row.command);
+        Lines expected{"Wpactrl_ExecCmd: [" + std::string(row.command) + "] failed\n"};
+        expected.insert(expected.end(), row.errors.begin(), row.errors.end());
+        EXPECT_EQ(errors(bench), expected);
+        EXPECT_EQ(bench.link().isSearchingHideEss, 0);
+        bench.supplicant.replies.erase(row.command);
+        bench.set.forget();
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Commands, HiddenSearchRefused,
-    testing::Values(
-        Refused{"Name", "SET_NETWORK 3 ssid \"Hidden\"", false, {kSearch + "[SET_NETWORK 3 ssid \"Hidden\"] failed\n"}},
-        Refused{"KeyManagement",
-                "SET_NETWORK 3 key_mgmt NONE",
-                false,
-                {kSearch + "[SET_NETWORK 3 key_mgmt NONE] failed\n"}},
-        Refused{"Probing", "SET_NETWORK 3 scan_ssid 1", false, {kSearch + "[SET_NETWORK 3 scan_ssid 1] failed\n"}},
-        Refused{"Scan", "SCAN", true, {"int_Movo_Net_Wpactrl_Scan: [SCAN] failed\n", kSearch + "[SCAN] failed\n"}},
-        Refused{"Selection", "SELECT_NETWORK  3", false, {kSearch + "[SELECT_NETWORK  3] failed\n"}}),
-    [](const auto& row) { return row.param.name; });
 
 TEST(HiddenSearch, ArmsTheTimerAloneWhenTheScanCannotBeCancelled)
 {

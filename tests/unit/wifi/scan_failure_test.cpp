@@ -1,0 +1,199 @@
+#include "bench.h"
+
+#include <gtest/gtest.h>
+
+using namespace wifi;
+using namespace movonet;
+
+// Scans and their results when a step fails.
+
+namespace {
+constexpr const char* kModule = "movo_net_fl_wpactrl";
+constexpr const char* kFile = "/tmp/wpa_scan_result";
+const std::string kTable =
+    "bssid / frequency / signal level / flags / ssid\n02:00:00:00:01:00\t2412\t-40\t[ESS]\tNet\n";
+const std::string kReader = "int_Movo_Net_Wpactrl_ScanResult: ";
+
+/** A bench whose table holds one network and whose supplicant tells another. */
+struct Listed : Bench {
+    Listed()
+    {
+        list("Kept", _MOVO_NET_WIFI_SECURITY_OPEN_, _MOVO_NET_WIFI_ENCRYP_NONE_);
+        supplicant.replies["SCAN_RESULTS"] = {kTable};
+    }
+    std::string first() { return wifi().esss_num == 1 ? wifi().esss[0].essid : ""; }
+};
+
+Lines errors(Bench& bench)
+{
+    return told(bench.set, KEST_LEVEL_ERROR);
+}
+} // namespace
+
+TEST(ScanResultFailure, OfTheRequest)
+{
+    Listed bench;
+    bench.supplicant.results = {-1};
+    EXPECT_EQ(int_Movo_Net_Wpactrl_ScanResult(&bench.iface), 1);
+    EXPECT_EQ(errors(bench), Lines{"Wpactrl_SendCmd: wpa_ctrl_request error\n"});
+    EXPECT_EQ(bench.first(), "Kept");
+    EXPECT_FALSE(bench.set.exists(kFile));
+}
+
+TEST(ScanResultFailure, OfTheFileForWriting)
+{
+    Listed bench;
+    bench.set.fail({.call = sim::Call::Open, .on = kFile, .nth = 1, .error = EACCES});
+    EXPECT_EQ(int_Movo_Net_Wpactrl_ScanResult(&bench.iface), 1);
+    EXPECT_EQ(errors(bench), Lines{kReader + "Could not open scan result file.\n"});
+    EXPECT_EQ(bench.set.heldLocks(), 0);
+    EXPECT_EQ(bench.first(), "Kept");
+}
+
+TEST(ScanResultFailure, OfTheDiskIsPrinted)
+{
+    Listed bench;
+    const Lines open = bench.set.openDescriptors();
+    bench.set.fail({.call = sim::Call::Write, .on = kFile, .nth = 1, .bytes = 10});
+    std::string printed;
+    {
+        const sim::CapturedOutput output;
+        EXPECT_EQ(int_Movo_Net_Wpactrl_ScanResult(&bench.iface), 1);
+        (void)std::fflush(stdout);
+        printed = output.text();
+    }
+    EXPECT_EQ(printed, "Error when write to scan result file");
+    EXPECT_EQ(errors(bench), Lines{});
+    EXPECT_EQ(bench.set.read(kFile), kTable.substr(0, 10));
+    EXPECT_EQ(bench.set.openDescriptors(), open);
+    EXPECT_EQ(bench.first(), "Kept");
+    EXPECT_CALLBACKS(bench.set, {});
+}
+
+TEST(ScanResultFailure, KeepsTheNetworksLockWhenTheFileCannotBeReadAgain)
+{
+    Listed bench;
+    bench.set.fail({.call = sim::Call::Fopen, .on = kFile, .nth = 1, .error = EMFILE});
+    EXPECT_EQ(int_Movo_Net_Wpactrl_ScanResult(&bench.iface), 1);
+    EXPECT_EQ(errors(bench), Lines{kReader + "Could not open scan result file.\n"});
+    EXPECT_EQ(bench.set.heldLocks(), 1);
+    EXPECT_EQ(bench.first(), "Kept");
+    EXPECT_CALLBACKS(bench.set, {});
+    bench.wifi().lock.unlock();
+}
+
+TEST(ScanResultFailure, KeepsReadingWithoutTheNetworksLock)
+{
+    Listed bench;
+    bench.set.failLock(bench.wifi().lock, 1);
+    EXPECT_EQ(int_Movo_Net_Wpactrl_ScanResult(&bench.iface), 0);
+    EXPECT_EQ(errors(bench), Lines{kReader + "lock failed\n"});
+    EXPECT_EQ(bench.first(), "Net");
+    EXPECT_EQ(bench.set.heldLocks(), 0);
+    EXPECT_CALLBACKS(bench.set, {{sim::WIFIESSSUPDATED, "mlan0"}});
+}
+
+TEST(ScanResult, ListsTheJoinedNetworkOnlyWhileItIsJoined)
+{
+    Bench bench;
+    bench.connect();
+    bench.supplicant.replies["SCAN_RESULTS"] = {kTable};
+    for (const auto& [status, isConnected] :
+         {std::pair(WPACTRL_STATUS_CONNECTING, 1), std::pair(WPACTRL_STATUS_NONE, 1),
+          std::pair(WPACTRL_STATUS_CONNECTED, 0)}) {
+        bench.link().connectStatus = status;
+        bench.wifi().curOperatingEsss.isConnected = static_cast<kest_bool>(isConnected);
+        EXPECT_EQ(int_Movo_Net_Wpactrl_ScanResult(&bench.iface), 0);
+        EXPECT_EQ(bench.wifi().esss_num, 1) << status;
+    }
+}
+
+TEST(ScanResult, KeepsNoKeyOfTheTableBefore)
+{
+    Listed bench;
+    std::strcpy(bench.wifi().esss[0].essid, "Net");
+    ASSERT_EQ(int_Movo_NET_WifiSetKey(&bench.iface, "Net", "a key", 5), 0);
+    EXPECT_EQ(int_Movo_Net_Wpactrl_ScanResult(&bench.iface), 0);
+    EXPECT_STREQ(bench.wifi().esss[0].Key, "");
+}
+
+TEST(ScanFailure, OfItsTimer)
+{
+    Bench bench;
+    bench.set.fail({.call = sim::Call::Malloc, .thread = sim::ThreadKind::Test, .nth = 1, .error = ENOMEM});
+    EXPECT_EQ(int_Movo_Net_Wpactrl_Scan(&bench.iface), 4);
+    EXPECT_EQ(errors(bench),
+              (Lines{"int_addEvent: out of memory\n", "int_Movo_Net_Wpactrl_Scan: add scan time out event failed\n"}));
+    EXPECT_EQ(bench.link().isScanning, 0);
+}
+
+TEST(ScanFailure, OfAnInterfaceThatIsDown)
+{
+    Bench bench;
+    bench.iface.isActived = 0;
+    EXPECT_EQ(int_Movo_Net_Wpactrl_Scan(&bench.iface), 1);
+    EXPECT_EQ(errors(bench), Lines{"int_Movo_Net_Wpactrl_Scan: not actived yet"});
+    EXPECT_EQ(sent(bench.supplicant), Lines{});
+}
+
+TEST(CancelScan, FailsWhenTheSupplicantRefusesOrWithoutTheLock)
+{
+    Bench bench;
+    bench.wifi().devType = _MOVO_NET_WIFI_ATHEROS_;
+    bench.link().isScanning = 1;
+    bench.supplicant.replies["SCAN_CANCEL"] = {"FAIL\n", "OK\n"};
+    EXPECT_EQ(int_Movo_Net_Wpactrl_CancelScan(&bench.iface), 1);
+    bench.set.failLock(bench.link().lock, 1);
+    EXPECT_EQ(int_Movo_Net_Wpactrl_CancelScan(&bench.iface), 1);
+    EXPECT_EQ(errors(bench), (Lines{"Wpactrl_ExecCmd: [SCAN_CANCEL] failed\n",
+                                    "int_Movo_Net_Wpactrl_CancelScan: [SCAN_CANCEL] failed\n",
+                                    "int_Movo_Net_Wpactrl_CancelScan: lock wpa_ctrl iface failed\n"}));
+    EXPECT_EQ(bench.link().isScanning, 1);
+}
+
+TEST(CancelScan, ChecksItsArguments)
+{
+    MovoNetIface_t bare{};
+    const sim::CapturedOutput output;
+    EXPECT_EQ(int_Movo_Net_Wpactrl_CancelScan(nullptr), 5);
+    EXPECT_NE(output.text().find("Routine:int_Movo_Net_Wpactrl_CancelScan, pIface failed"), std::string::npos);
+    EXPECT_EQ(int_Movo_Net_Wpactrl_CancelScan(&bare), 5);
+}
+
+TEST(ScanTimeout, ChecksWhatItIsGiven)
+{
+    Bench bench;
+    MovoNetIface_t bare{};
+    EXPECT_EQ(OnScanTimeoutEventRev(-1, nullptr, 1), 5);
+    EXPECT_EQ(OnScanTimeoutEventRev(-1, &bare, 1), 5);
+    MovoNetWifi_t unlinked{};
+    bare.priv = &unlinked;
+    EXPECT_EQ(OnScanTimeoutEventRev(-1, &bare, 1), 1);
+    bench.link().isScanning = 1;
+    bench.set.failLock(bench.link().lock, 1);
+    EXPECT_EQ(OnScanTimeoutEventRev(-1, &bench.iface, 1), 1);
+    EXPECT_EQ(errors(bench), Lines{"OnScanTimeoutEventRev: lock wpactrl mutex failed\n"});
+    EXPECT_CALLBACKS(bench.set, {});
+    bench.link().isScanning = 0;
+    EXPECT_EQ(OnScanTimeoutEventRev(-1, &bench.iface, 1), 0);
+    EXPECT_CALLBACKS(bench.set, {});
+}
+
+TEST(ScanTimeout, KeepsSilentAboutAScanThatItsCallbackBegins)
+{
+    Bench bench;
+    ASSERT_EQ(int_Movo_Net_Wpactrl_Scan(&bench.iface), 0);
+    int scans = 1;
+    bench.set.onCallback([&](MovoNetCBReason_e, void*) {
+        if (scans++ == 1) {
+            EXPECT_EQ(int_Movo_Net_Wpactrl_Scan(&bench.iface), 0);
+        }
+    });
+    bench.set.grantTicks(301);
+    EXPECT_CALLBACKS(bench.set, {{sim::WIFISCANDONE, "mlan0"}});
+    EXPECT_EQ(bench.link().isScanning, 0);
+    (void)bench.hear({"<3>CTRL-EVENT-SCAN-RESULTS "});
+    bench.set.grantTicks(400);
+    EXPECT_CALLBACKS(bench.set, {});
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kModule, "OnScanTimeoutEventRev", "wifi scan timeout\n");
+}
