@@ -37,16 +37,17 @@ RETURN_TYPE addConnectTimer(Wpactrl_t& w, MovoNetIface_t* iface, int timeout, Ca
 } // namespace
 
 namespace movonet {
-void dropTimer(Wpactrl_t& w, ScopedLock& lock, std::int32_t& handle)
+bool dropTimer(Wpactrl_t& w, ScopedLock& lock, std::int32_t& handle)
 {
     // Forgotten before the lock is let go of, so that a handle stored meanwhile is not lost.
     const std::int32_t armed = take(handle, 0);
     if (armed == 0) {
-        return;
+        return false;
     }
     lock.unlock();
     (void)int_removeEvent(armed);
     lock.relock(w.lock);
+    return true;
 }
 
 void removeFiredTimer(std::int32_t& handle)
@@ -67,7 +68,9 @@ RETURN_TYPE Wpactrl_Add_ScanEvent(Wpactrl_t* w, int timeout)
         NET_ERROR("lock wpactrl mutex failed\n");
         return kFail;
     }
-    dropTimer(*w, lock, w->scanTimerEventHandle);
+    while (dropTimer(*w, lock, w->scanTimerEventHandle)) {
+        // Another thread may have armed one meanwhile.
+    }
     const MovoNetEvent_t event{kNoFd, timeout, w->pWifiIface->piface, OnScanTimeoutEventRev};
     if (const RETURN_TYPE result = int_addEvent(event, &w->scanTimerEventHandle); result != kOk) {
         return result;
@@ -87,8 +90,9 @@ RETURN_TYPE Wpactrl_Add_ConnectEvent(Wpactrl_t* w, int timeout)
         NET_ERROR("lock wpactrl mutex failed\n");
         return kFail;
     }
-    dropTimer(*w, lock, w->connectTimerEventHandle);
-    dropTimer(*w, lock, w->firstConnectHandle);
+    while (dropTimer(*w, lock, w->connectTimerEventHandle) || dropTimer(*w, lock, w->firstConnectHandle)) {
+        // Another thread may have armed one meanwhile.
+    }
     MovoNetIface_t* iface = w->pWifiIface->piface;
     const RETURN_TYPE result = get(s_bFirstConnect) ? addFirstConnectTimer(*w, iface, NET_HERE)
                                                     : addConnectTimer(*w, iface, timeout, NET_HERE);

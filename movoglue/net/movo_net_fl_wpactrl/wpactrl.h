@@ -45,9 +45,11 @@ namespace movonet {
 /** Gives back the link of a record that was never listed. */
 void discardWpactrl(MovoNetWifi_t& wifi);
 
-/** Stops a timer and forgets its handle. `lock` is the link's, and let go of meanwhile: handlers may be waiting for it.
+/**
+ * Stops a timer and forgets its handle; false when it is not armed. `lock` is the link's, and let go of while a timer
+ * is stopped: handlers may be waiting for it.
  */
-void dropTimer(Wpactrl_t& w, ScopedLock& lock, std::int32_t& handle);
+bool dropTimer(Wpactrl_t& w, ScopedLock& lock, std::int32_t& handle);
 
 /** Keeps a timer that has just fired from firing again, unless another thread is replacing it and does so itself. */
 void removeFiredTimer(std::int32_t& handle);
