@@ -193,7 +193,7 @@ RETURN_TYPE Movo_NET_WifiGetPriorityEss(kest_sint32 appid, const char* ifname, c
  * @retval 5  No name or key, another length, or an interface without Wi-Fi back end.
  *
  * @par Threads    Any, also from inside the callback.
- * @par Locks      ifaceListLock during the look-up only.
+ * @par Locks      ifaceListLock during the look-up, MovoNetWifi_t.lock while the key is stored.
  */
 RETURN_TYPE Movo_NET_WifiSetKey(kest_sint32 appid, const char* ifname, const char* essid, const char* key, int len);
 
@@ -211,8 +211,9 @@ RETURN_TYPE Movo_NET_WifiSetKey(kest_sint32 appid, const char* ifname, const cha
  * or another access point's.
  * @retval 5  No name or output, or an interface without Wi-Fi back end.
  *
- * @par Threads    Any, also from inside the callback.
- * @par Locks      ifaceListLock during the look-up only.
+ * @par Threads    Any, also from inside the callback. Takes as long as a flash write when a network is being
+ * remembered.
+ * @par Locks      ifaceListLock during the look-up, essListLock while the key is read.
  */
 RETURN_TYPE Movo_NET_WifiGetKey(kest_sint32 appid, const char* ifname, const char* essid, char* key, int* len);
 

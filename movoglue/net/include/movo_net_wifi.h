@@ -19,7 +19,8 @@ extern "C" {
  * @retval 5  The interface has no Wi-Fi back end.
  *
  * @par Threads    Any, also from inside the callback. Waits for the supplicant's answer.
- * @par Locks      ifaceListLock during the look-up only.
+ * @par Locks      ifaceListLock during the look-up; then those of the link to the supplicant, and eventListLock while a
+ * timer is replaced, an address given back or the callback called.
  * @par Callbacks  WIFISCANDONE when it has ended, after 30 s at the latest; also after a refusal for being busy.
  */
 RETURN_TYPE Movo_NET_WifiScanEsss(kest_sint32 appid, const char* ifname);
@@ -36,7 +37,8 @@ RETURN_TYPE Movo_NET_WifiScanEsss(kest_sint32 appid, const char* ifname);
  * @retval 5  The interface has no Wi-Fi back end.
  *
  * @par Threads    Any, also from inside the callback. Waits for the supplicant's answer.
- * @par Locks      ifaceListLock during the look-up only.
+ * @par Locks      ifaceListLock during the look-up; then those of the link to the supplicant, and eventListLock while a
+ * timer is replaced, an address given back or the callback called.
  * @par Callbacks  WIFIESSSUPDATED, on this thread, before it returns 0.
  */
 RETURN_TYPE Movo_NET_WifiUpdateEsss(kest_sint32 appid, const char* ifname);
@@ -54,7 +56,8 @@ RETURN_TYPE Movo_NET_WifiUpdateEsss(kest_sint32 appid, const char* ifname);
  * @retval 5  No name, or an interface without Wi-Fi back end.
  *
  * @par Threads    Any, also from inside the callback. Waits for the supplicant's answer.
- * @par Locks      ifaceListLock during the look-up only.
+ * @par Locks      ifaceListLock during the look-up; then those of the link to the supplicant, and eventListLock while a
+ * timer is replaced, an address given back or the callback called.
  * @par Callbacks  IFCONNECTED, then those of the address; or WIFIBADKEY; or WIFITIMEOUT after 30 s.
  */
 RETURN_TYPE Movo_NET_WifiConnectEss(kest_sint32 appid, const char* ifname, const char* essid);
@@ -70,7 +73,8 @@ RETURN_TYPE Movo_NET_WifiConnectEss(kest_sint32 appid, const char* ifname, const
  * @retval 5  The interface has no Wi-Fi back end.
  *
  * @par Threads    Any, also from inside the callback. Waits for the supplicant's answer.
- * @par Locks      ifaceListLock during the look-up only.
+ * @par Locks      ifaceListLock during the look-up; then those of the link to the supplicant, and eventListLock while a
+ * timer is replaced, an address given back or the callback called.
  * @par Callbacks  IFDISCONNECTED, on this thread, before it returns 0.
  */
 RETURN_TYPE Movo_NET_WifiDisConnect(kest_sint32 appid, const char* ifname);
@@ -122,7 +126,8 @@ RETURN_TYPE Movo_NET_WifiGetWpsModeEss(kest_sint32 appid, const char* ifname, Mo
  * @retval 5  No PIN for a mode that has one, or an interface without Wi-Fi back end.
  *
  * @par Threads    Any, also from inside the callback. Waits for the supplicant's answer.
- * @par Locks      ifaceListLock during the look-up only.
+ * @par Locks      ifaceListLock during the look-up; then those of the link to the supplicant, and eventListLock while a
+ * timer is replaced, an address given back or the callback called.
  * @par Callbacks  IFDISCONNECTED, on this thread, when the push button takes a connection away; then as for
  * `Movo_NET_WifiConnectEss`, with 120 s in place of 30.
  */
@@ -143,7 +148,8 @@ RETURN_TYPE Movo_NET_WifiStartWpsConnection(kest_sint32 appid, const char* ifnam
  * @retval 5  No output, or an interface without Wi-Fi back end.
  *
  * @par Threads    Any, also from inside the callback. Waits for the supplicant's answer.
- * @par Locks      ifaceListLock during the look-up only.
+ * @par Locks      ifaceListLock during the look-up; then those of the link to the supplicant, and eventListLock while a
+ * timer is replaced, an address given back or the callback called.
  */
 RETURN_TYPE Movo_NET_WifiGenerateWpsPin(kest_sint32 appid, const char* ifname, char* pin, int pinsize);
 
@@ -159,7 +165,8 @@ RETURN_TYPE Movo_NET_WifiGenerateWpsPin(kest_sint32 appid, const char* ifname, c
  * @retval 5  No name or an empty one, or an interface without Wi-Fi back end.
  *
  * @par Threads    Any, also from inside the callback. Waits for the supplicant's answer.
- * @par Locks      ifaceListLock during the look-up only.
+ * @par Locks      ifaceListLock during the look-up; then those of the link to the supplicant, and eventListLock while a
+ * timer is replaced, an address given back or the callback called.
  * @par Callbacks  WIFISCANDONE when it was found, or after 30 s.
  */
 RETURN_TYPE Movo_NET_WifiSearchHideEss(kest_sint32 appid, const char* ifname, const char* ssid);
