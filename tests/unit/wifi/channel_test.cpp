@@ -1,5 +1,6 @@
 #include "bench.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <utility>
 #include <wpa_ctrl.h>
@@ -16,6 +17,29 @@ TEST(Open, GoesOverTheSetsSocketWhateverTheInterface)
     Bench bench;
     EXPECT_EQ(bench.supplicant.opened, (Lines{"/dev/socket//wpa_mlan0", "/dev/socket//wpa_mlan0"}));
     EXPECT_EQ(bench.supplicant.attached, 1);
+    EXPECT_EQ(Wpactrl_Init(&bench.link(), "wlan7"), 0);
+    EXPECT_EQ(told(bench.set, KEST_LEVEL_INFO), Lines{"Wpactrl_Init: open wpa_ctrl /dev/socket//wpa_mlan0, ctrl\n"});
+}
+
+TEST(Open, LeavesNothingToTheProgramsThatTheGlueStarts)
+{
+    Bench bench;
+    for (wpa_ctrl* connection : {bench.link().ctrl_conn, bench.link().mon_conn}) {
+        EXPECT_EQ(fcntl(wpa_ctrl_get_fd(connection), F_GETFD), FD_CLOEXEC);
+    }
+    EXPECT_EQ(bench.link().fd, wpa_ctrl_get_fd(bench.link().mon_conn));
+}
+
+TEST(Open, RefusesADescriptorThatTheLoopCannotWatch)
+{
+    Bench bench;
+    bench.supplicant.shownDescriptor = 1023;
+    EXPECT_EQ(Wpactrl_Init(&bench.link(), "mlan0"), 0);
+    bench.supplicant.shownDescriptor = 1024;
+    EXPECT_EQ(Wpactrl_Init(&bench.link(), "mlan0"), 1);
+    EXPECT_EQ(told(bench.set, KEST_LEVEL_ERROR),
+              Lines{"Wpactrl_Init: cannot open wpa_ctrl /dev/socket//wpa_mlan0, ctrl\n"});
+    EXPECT_EQ(bench.supplicant.connections(), 0);
 }
 
 TEST(Open, ClosesWhatItOpenedWhenAStepFails)

@@ -40,6 +40,23 @@ TEST(Drain, ChecksWhatItIsGiven)
     EXPECT_EQ(bench.supplicant.events.size(), 1U);
 }
 
+TEST(Drain, TakesTheFirst255BytesOfAMessageAndEachTextWithItsBlank)
+{
+    Bench bench;
+    bench.connect();
+    const std::string connected = "CTRL-EVENT-CONNECTED ";
+    ASSERT_EQ(int_Movo_Net_Wpactrl_Scan(&bench.iface), 0);
+    bench.set.forget();
+    EXPECT_EQ(bench.hear({std::string(256 - connected.size(), 'x') + connected, "<3>CTRL-EVENT-CONNECTED",
+                          "<3>CTRL-EVENT-SCAN-RESULTS", "<3>Handshake", "<3>anything"}),
+              0);
+    EXPECT_EQ(bench.link().connectStatus, WPACTRL_STATUS_CONNECTING);
+    EXPECT_TRUE(bench.set.log().empty()) << "what means nothing is not told of";
+    EXPECT_EQ(bench.hear({std::string(255 - connected.size(), 'x') + connected, "<3>CTRL-EVENT-DISCONNECTED"}), 0);
+    EXPECT_EQ(bench.link().connectStatus, WPACTRL_STATUS_CONNECTED);
+    EXPECT_CALLBACKS(bench.set, {{sim::IFCONNECTED, "mlan0"}});
+}
+
 TEST(Connecting_ConnectedEvent, EndsWithoutTheNetworksLock)
 {
     Bench bench;

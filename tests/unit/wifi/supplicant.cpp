@@ -1,6 +1,9 @@
 #include "supplicant.h"
 
+#include "sim/world.h"
+
 #include <algorithm>
+#include <atomic>
 #include <cstring>
 #include <sys/eventfd.h>
 #include <unistd.h>
@@ -15,6 +18,24 @@ struct wpa_ctrl {
 namespace wifi {
 namespace {
 Supplicant* s_supplicant;
+
+/** One exchange of the glue with the client library, which has none for two at once: they would mix their replies. */
+class Exchange {
+public:
+    Exchange()
+    {
+        if (s_depth++ == 0 && s_exchanges++ != 0) {
+            sim::problem("two threads use the supplicant's client library at once");
+        }
+    }
+    Exchange(const Exchange&) = delete;
+    Exchange& operator=(const Exchange&) = delete;
+    ~Exchange() { s_exchanges -= --s_depth == 0 ? 1 : 0; }
+
+private:
+    static inline thread_local int s_depth = 0;
+    static inline std::atomic<int> s_exchanges = 0;
+};
 
 /** Not readable any more. */
 void drain(const wpa_ctrl& connection)
@@ -44,7 +65,7 @@ struct Library {
         if (!supplicant.m_alive) {
             return nullptr;
         }
-        supplicant.m_open.push_back(new wpa_ctrl{eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK), false, false});
+        supplicant.m_open.push_back(new wpa_ctrl{eventfd(0, EFD_NONBLOCK), false, false}); // as the library does
         return supplicant.m_open.back();
     }
 
@@ -88,6 +109,11 @@ struct Library {
     {
         ++supplicant.detached;
         return connection.isStale ? -1 : 0;
+    }
+
+    int shown(const wpa_ctrl& connection) const
+    {
+        return supplicant.shownDescriptor >= 0 ? supplicant.shownDescriptor : connection.fd;
     }
 
     int pending(const wpa_ctrl& connection) const
@@ -209,33 +235,38 @@ using wifi::Library;
 
 wpa_ctrl* wpa_ctrl_open(const char* path)
 {
+    const wifi::Exchange exchange;
     return Library().open(path);
 }
 
 void wpa_ctrl_close(wpa_ctrl* connection)
 {
+    const wifi::Exchange exchange;
     Library().close(connection);
 }
 
 int wpa_ctrl_request(wpa_ctrl* connection, const char* command, size_t length, char* reply, size_t* room,
                      void (* /*onMessage*/)(char*, size_t))
 {
+    const wifi::Exchange exchange;
     return Library().request(*connection, std::string(command, length), reply, room);
 }
 
 int wpa_ctrl_attach(wpa_ctrl* connection)
 {
+    const wifi::Exchange exchange;
     return Library().attach(connection);
 }
 
 int wpa_ctrl_detach(wpa_ctrl* connection)
 {
+    const wifi::Exchange exchange;
     return Library().detach(*connection);
 }
 
 int wpa_ctrl_get_fd(wpa_ctrl* connection)
 {
-    return connection->fd;
+    return Library().shown(*connection);
 }
 
 int wpa_ctrl_pending(wpa_ctrl* connection)

@@ -47,7 +47,8 @@ struct Supplicant {
     int openGrants = 0;
     bool attachFails = false;
     bool receiveFails = false;
-    int pendingAtEnd = 0; ///< What is told of a connection without messages.
+    int shownDescriptor = -1; ///< What connections show for theirs; -1: what it is.
+    int pendingAtEnd = 0;     ///< What is told of a connection without messages.
     /** Run before a command is answered and after, on the caller's thread. */
     std::function<void(const std::string& command)> onCommand;
     std::function<void(const std::string& command)> afterCommand;
