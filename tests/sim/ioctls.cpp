@@ -45,10 +45,11 @@ int answerMii(const KernelIface& iface, unsigned long code, ifreq& request)
     }
     mii_ioctl_data data{};
     std::memcpy(&data, &request.ifr_data, sizeof(data));
+    constexpr __u16 kPhy = 5;
     if (code == SIOCGMIIPHY) {
-        data.phy_id = 1;
+        data.phy_id = kPhy;
     } else {
-        data.val_out = data.reg_num == MII_BMSR ? iface.bmsr : 0;
+        data.val_out = data.phy_id == kPhy && data.reg_num == MII_BMSR ? iface.bmsr : 0;
     }
     std::memcpy(&request.ifr_data, &data, sizeof(data));
     return 0;

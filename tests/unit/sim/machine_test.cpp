@@ -36,6 +36,8 @@ int statusRegister(const char* ifname)
 {
     ifreq request{};
     mii_ioctl_data data{};
+    (void)ask(ifname, SIOCGMIIPHY, request);
+    std::memcpy(&data, &request.ifr_data, sizeof(data));
     data.reg_num = MII_BMSR;
     std::memcpy(&request.ifr_data, &data, sizeof(data));
     const int error = ask(ifname, SIOCGMIIREG, request);
@@ -109,6 +111,19 @@ TEST(Kernel, CableAndPhy)
     set.cable("eth0").pull();
     EXPECT_EQ(statusRegister("eth0") & BMSR_LSTATUS, 0);
     EXPECT_EQ(statusRegister("lo"), -EOPNOTSUPP);
+}
+
+TEST(Kernel, TellsTheRegistersOfThePhyThatItNamed)
+{
+    Set set;
+    set.cable("eth0").plug();
+    ifreq request{};
+    mii_ioctl_data data{};
+    data.reg_num = MII_BMSR;
+    std::memcpy(&request.ifr_data, &data, sizeof(data));
+    EXPECT_EQ(ask("eth0", SIOCGMIIREG, request), 0);
+    std::memcpy(&data, &request.ifr_data, sizeof(data));
+    EXPECT_EQ(data.val_out, 0);
 }
 
 TEST(Kernel, DefaultRoutes)
