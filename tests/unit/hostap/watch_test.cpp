@@ -212,6 +212,21 @@ const Events kEvents[] = {
     {"ANameThatEndsAtTheEnd", event(IN_MODIFY, "", 16) + kMod, {kFile, kModified, kFirst}, 1},
 };
 
+TEST(LeaseWatch, TakesSeventeenEventsARead)
+{
+    Watching bench;
+    std::string bytes;
+    for (int count = 0; count < 18; ++count) {
+        bytes += kMod;
+    }
+    bench.tell(bytes);
+    const Lines lines = said(bench);
+    ASSERT_EQ(lines.size(), 18U * 3);
+    EXPECT_EQ(lines[17 * 3 - 1], "ERROR HOSTAP :File modified!!!!!!!!!:256\n");
+    EXPECT_EQ(lines.back(), kFirst) << "its place in what the second read gave";
+    EXPECT_EQ(bench.set.callbacks().size(), 18U);
+}
+
 class LeaseEvents : public testing::TestWithParam<Events> {};
 
 TEST_P(LeaseEvents, AreToldOf)
