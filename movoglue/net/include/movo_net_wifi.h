@@ -16,12 +16,14 @@ extern "C" {
  *
  * @retval 0  Scanning.
  * @retval 1  The glue does not run; interface unknown, not Wi-Fi or not active. The supplicant refused.
+ * @retval 4  No memory for the time-out.
  * @retval 5  The interface has no Wi-Fi back end.
  *
  * @par Threads    Any, also from inside the callback. Waits for the supplicant's answer.
  * @par Locks      ifaceListLock during the look-up; then those of the link to the supplicant, and eventListLock while a
  * timer is replaced, an address given back or the callback called.
- * @par Callbacks  WIFISCANDONE when it has ended, after 30 s at the latest; also after a refusal for being busy.
+ * @par Callbacks  WIFISCANDONE when it has ended, after 30 s at the latest; also after a refusal for being busy. The
+ * end of a scan that was started inside the WIFISCANDONE of one that took the 30 s is not told.
  */
 RETURN_TYPE Movo_NET_WifiScanEsss(kest_sint32 appid, const char* ifname);
 
@@ -53,6 +55,7 @@ RETURN_TYPE Movo_NET_WifiUpdateEsss(kest_sint32 appid, const char* ifname);
  * @retval 0  Being joined.
  * @retval 1  The glue does not run; interface unknown, not Wi-Fi or not active; network not scanned. The supplicant
  * refused, or the key has no length of a WEP key.
+ * @retval 4  No memory for the time-out.
  * @retval 5  No name, or an interface without Wi-Fi back end.
  *
  * @par Threads    Any, also from inside the callback. Waits for the supplicant's answer.
@@ -162,6 +165,7 @@ RETURN_TYPE Movo_NET_WifiGenerateWpsPin(kest_sint32 appid, const char* ifname, c
  *
  * @retval 0  Searching.
  * @retval 1  The glue does not run; interface unknown, not Wi-Fi or not active. The supplicant refused.
+ * @retval 4  No memory for the time-out.
  * @retval 5  No name or an empty one, or an interface without Wi-Fi back end.
  *
  * @par Threads    Any, also from inside the callback. Waits for the supplicant's answer.
