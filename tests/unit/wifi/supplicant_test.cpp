@@ -64,7 +64,6 @@ TEST(SupplicantAtBoot, IsAdoptedWithinTwelveFailures)
 {
     Bench bench;
     bench.set.onCommand("ps |grep wpa_supplicant").fails(256).times(12);
-    bench.set.onCommand("ps |grep wpa_supplicant").fails(256).times(12);
     for (int look = 0; look < 12; ++look) {
         EXPECT_EQ(Wpa_SetWpa_supplicantOn(&bench.iface), 1);
         EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kModule, "Wpa_SetWpa_supplicantOn",
