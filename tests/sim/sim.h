@@ -35,6 +35,12 @@
 #include <vector>
 
 namespace sim {
+/** How often a test repeats what depends on luck: under emulation, where it takes ten times as long, a tenth of it. */
+constexpr unsigned repetitions(unsigned count)
+{
+    return SIM_EMULATED ? count / 10 : count;
+}
+
 class Set {
 public:
     /** With a seed other than 0, threads dawdle at their calls so that each seed gives another interleaving. */

@@ -3,7 +3,7 @@
 using namespace sim;
 
 namespace {
-constexpr unsigned kStartsOfABatch = 250;
+constexpr unsigned kStartsOfABatch = repetitions(250);
 
 void bootAndLease(unsigned seed)
 {

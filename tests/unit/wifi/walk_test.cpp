@@ -21,6 +21,7 @@ using namespace wifi;
 
 namespace {
 constexpr int kSteps = 2000;
+constexpr unsigned kSeeds = sim::repetitions(50);
 
 /** What a walk in a child of this process has seen: how far it came, and whether all held. */
 struct Report {
@@ -73,7 +74,7 @@ TEST_P(Walk, HoldsWhatAlwaysHolds)
 {
     walkOrShorten(walk, GetParam());
 }
-INSTANTIATE_TEST_SUITE_P(Seeds, Walk, testing::Range(1U, WALK_SEEDS + 1U));
+INSTANTIATE_TEST_SUITE_P(Seeds, Walk, testing::Range(1U, kSeeds + 1U));
 
 class WalkTogether : public testing::TestWithParam<unsigned> {};
 
@@ -81,7 +82,7 @@ TEST_P(WalkTogether, HoldsWhatAlwaysHolds)
 {
     walkOrShorten([](const Trace& trace) { return walkTogether(trace, GetParam()); }, GetParam());
 }
-INSTANTIATE_TEST_SUITE_P(Seeds, WalkTogether, testing::Range(1U, WALK_SEEDS / 5 + 1U));
+INSTANTIATE_TEST_SUITE_P(Seeds, WalkTogether, testing::Range(1U, kSeeds / 5 + 1U));
 
 TEST(AWalk, MeetsEveryEndOfAnAttempt)
 {
