@@ -17,6 +17,10 @@ from wireless import WirelessTelevision
 from virtualset import Air, VirtualSet
 
 
+def pytest_configure(config):
+    config.addinivalue_line("markers", "long: takes minutes; ./test long runs it")
+
+
 @pytest.fixture(scope="session")
 def machine():
     with VirtualSet(nics=["cable", "cable"], chip=True, limit=2700) as machine:

@@ -117,9 +117,11 @@ def test_supplicant_that_is_started_late_is_waited_for(wifi_tv):
     wifi_tv.expect("no saved Esss, need manual connect$")
 
 
-def test_off_and_on_again_leaves_nothing_behind(wifi_tv):
+@pytest.mark.parametrize("times", [10, pytest.param(100, marks=pytest.mark.long)])
+def test_off_and_on_again_leaves_nothing_behind(wifi_tv, times):
     again = "disable mlan0\nsupplicant ended\nenable mlan0\n"
-    wifi_tv.play("expect IFFOUND mlan0 20\n" + again + "flat note\n" + 10 * again + "flat check\n")
+    wifi_tv.play("expect IFFOUND mlan0 20\n" + again + "flat note\n" + times * again + "flat check\n",
+                 seconds=60 + 6 * times)
 
 
 def test_after_a_power_cut_the_network_of_last_time_is_joined(wifi_tv, tmp_path):
