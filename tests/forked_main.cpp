@@ -4,6 +4,7 @@
  *   PROGRAM FILE           runs every test whose name TESTS, a regular expression, matches; writes the counts to FILE
  *   PROGRAM --gtest_...    runs as GoogleTest has it
  */
+#include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <gtest/gtest.h>

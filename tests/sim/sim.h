@@ -35,7 +35,7 @@
 #include <vector>
 
 namespace sim {
-/** How often a test repeats what depends on luck: under emulation, where it takes ten times as long, a tenth of it. */
+/** How often a test repeats what depends on luck: under emulation, which is slow, a tenth of it. */
 constexpr unsigned repetitions(unsigned count)
 {
     return SIM_EMULATED ? count / 10 : count;

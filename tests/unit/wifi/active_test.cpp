@@ -41,11 +41,6 @@ MovNetWifiEssItem_t network(const char* name, kest_bool isConnected)
     EXPECT_EQ(int_Movo_Net_SaveEss(&ess), 0);
     return ess;
 }
-
-Lines errors(const sim::Set& set)
-{
-    return told(set, KEST_LEVEL_ERROR);
-}
 } // namespace
 
 TEST(Deactivation, TakesTheAddressAwayBeforeTheSupplicant)

@@ -71,6 +71,11 @@ Lines told(const sim::Set& set, int level)
     return lines;
 }
 
+Lines errors(const sim::Set& set)
+{
+    return told(set, KEST_LEVEL_ERROR);
+}
+
 std::string fixture(const std::string& name)
 {
     std::ifstream file(FIXTURE_FOLDER "/" + name);

@@ -10,6 +10,13 @@
 #include <cstring>
 
 namespace wifi {
+/** Events as the supplicant words them. */
+inline constexpr const char* kConnected =
+    "<3>CTRL-EVENT-CONNECTED - Connection to 02:00:00:00:01:00 completed [id=0 id_str=]";
+inline constexpr const char* kDisconnected = "<3>CTRL-EVENT-DISCONNECTED bssid=02:00:00:00:01:00 reason=3";
+inline constexpr const char* kHandshake = "<3>WPA: 4-Way Handshake failed - pre-shared key may be incorrect";
+inline constexpr const char* kResults = "<3>CTRL-EVENT-SCAN-RESULTS ";
+
 /** A set whose loop runs, with an active mlan0 whose link is open. */
 struct Bench {
     Bench();
@@ -34,6 +41,7 @@ struct Bench {
 
 /** The messages of one level of the set, "function: text". */
 Lines told(const sim::Set& set, int level);
+Lines errors(const sim::Set& set);
 
 /** The whole of a file of tests/fixtures. */
 std::string fixture(const std::string& name);

@@ -11,11 +11,6 @@ namespace {
 constexpr const char* kModule = "movo_net_fl_wpactrl";
 constexpr const char* kConnect = "int_Movo_Net_Wpactrl_Connect";
 
-Lines errors(Bench& bench)
-{
-    return told(bench.set, KEST_LEVEL_ERROR);
-}
-
 MovNetWifiEssItem_t& listOpen(Bench& bench)
 {
     return bench.list("Net", _MOVO_NET_WIFI_SECURITY_OPEN_, _MOVO_NET_WIFI_ENCRYP_NONE_);
@@ -28,7 +23,7 @@ TEST(ConnectFailure, OfTheRemovalIsNoneOfItsOwn)
     bench.set.failLock(bench.link().lock, 1);
     EXPECT_EQ(int_Movo_Net_Wpactrl_Connect(&bench.iface, &listOpen(bench)), 0);
     EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kModule, kConnect, "[REMOVE_NETWORK] failed\n");
-    EXPECT_EQ(errors(bench), Lines{"int_Movo_Net_Wpactrl_RemoveNetwork: lock wpactrl mutex failed\n"});
+    EXPECT_EQ(errors(bench.set), Lines{"int_Movo_Net_Wpactrl_RemoveNetwork: lock wpactrl mutex failed\n"});
     EXPECT_EQ(sent(bench.supplicant).front(), "ADD_NETWORK");
 }
 
@@ -37,8 +32,8 @@ TEST(ConnectFailure, OfTheRequestForANetwork)
     Bench bench;
     bench.supplicant.results = {0, -1};
     EXPECT_EQ(int_Movo_Net_Wpactrl_Connect(&bench.iface, &listOpen(bench)), 1);
-    EXPECT_EQ(errors(bench), (Lines{"Wpactrl_SendCmd: wpa_ctrl_request error\n",
-                                    "int_Movo_Net_Wpactrl_Connect: Wpactrl_SendCmd failed\n"}));
+    EXPECT_EQ(errors(bench.set), (Lines{"Wpactrl_SendCmd: wpa_ctrl_request error\n",
+                                        "int_Movo_Net_Wpactrl_Connect: Wpactrl_SendCmd failed\n"}));
     EXPECT_EQ(sent(bench.supplicant).back(), "ADD_NETWORK");
 }
 
@@ -48,9 +43,9 @@ TEST(ConnectFailure, WithoutSupplicant)
     ASSERT_EQ(ShutdownWpactrl(&bench.iface), 0);
     bench.set.forget();
     EXPECT_EQ(int_Movo_Net_Wpactrl_Connect(&bench.iface, &listOpen(bench)), 5);
-    EXPECT_EQ(errors(bench), (Lines{"Wpactrl_ExecCmd: Wpactrl_SendCmd failed\n",
-                                    "int_Movo_Net_Wpactrl_RemoveNetwork: [REMOVE_NETWORK] failed\n",
-                                    "int_Movo_Net_Wpactrl_Connect: Wpactrl_SendCmd failed\n"}));
+    EXPECT_EQ(errors(bench.set), (Lines{"Wpactrl_ExecCmd: Wpactrl_SendCmd failed\n",
+                                        "int_Movo_Net_Wpactrl_RemoveNetwork: [REMOVE_NETWORK] failed\n",
+                                        "int_Movo_Net_Wpactrl_Connect: Wpactrl_SendCmd failed\n"}));
 }
 
 TEST(ConnectFailure, OfACommandThatIsNotAnsweredTellsTwice)
@@ -58,7 +53,7 @@ TEST(ConnectFailure, OfACommandThatIsNotAnsweredTellsTwice)
     Bench bench;
     bench.supplicant.results = {0, 0, -1};
     EXPECT_EQ(int_Movo_Net_Wpactrl_Connect(&bench.iface, &listOpen(bench)), 1);
-    EXPECT_EQ(errors(bench),
+    EXPECT_EQ(errors(bench.set),
               (Lines{"Wpactrl_SendCmd: wpa_ctrl_request error\n", "Wpactrl_ExecCmd: Wpactrl_SendCmd failed\n",
                      "int_Movo_Net_Wpactrl_Connect: [SET_NETWORK 0 ssid \"Net\"] failed\n"}));
 }
@@ -69,8 +64,8 @@ TEST(ConnectFailure, OfItsTimer)
     bench.set.fail({.call = sim::Call::Malloc, .thread = sim::ThreadKind::Test, .nth = 1, .error = ENOMEM});
     s_bFirstConnect = 1;
     EXPECT_EQ(int_Movo_Net_Wpactrl_Connect(&bench.iface, &listOpen(bench)), 4);
-    EXPECT_EQ(errors(bench), (Lines{"int_addEvent: out of memory\n",
-                                    "int_Movo_Net_Wpactrl_Connect: add connect time out event failed\n"}));
+    EXPECT_EQ(errors(bench.set), (Lines{"int_addEvent: out of memory\n",
+                                        "int_Movo_Net_Wpactrl_Connect: add connect time out event failed\n"}));
     EXPECT_EQ(sent(bench.supplicant).back(), "ENABLE_NETWORK  0");
     EXPECT_EQ(bench.link().connectStatus, WPACTRL_STATUS_NONE);
     EXPECT_STREQ(bench.wifi().curOperatingEsss.essid, "");
@@ -82,7 +77,7 @@ TEST(ConnectFailure, OfTheLockThatGuardsTheCurrentNetwork)
     Bench bench;
     bench.set.failLock(bench.wifi().lock, 2); // after the removal
     EXPECT_EQ(int_Movo_Net_Wpactrl_Connect(&bench.iface, &listOpen(bench)), 1);
-    EXPECT_EQ(errors(bench), Lines{"int_Movo_Net_Wpactrl_Connect: lock wifi iface mutex failed\n"});
+    EXPECT_EQ(errors(bench.set), Lines{"int_Movo_Net_Wpactrl_Connect: lock wifi iface mutex failed\n"});
     EXPECT_NE(bench.link().connectTimerEventHandle, 0);
     EXPECT_STREQ(bench.wifi().curOperatingEsss.essid, "");
 }
@@ -162,8 +157,8 @@ TEST(ResetConnecting, ArmsNothingAndEndsWithTheCommandThatFails)
     bench.supplicant.replies["DISABLE_NETWORK 0"] = {"FAIL\n"};
     EXPECT_EQ(int_Movo_Net_Wpactrl_ResetConnecting(&bench.iface), 1);
     EXPECT_EQ(sent(bench.supplicant), Lines{"DISABLE_NETWORK 0"});
-    EXPECT_EQ(errors(bench), (Lines{"Wpactrl_ExecCmd: [DISABLE_NETWORK 0] failed\n",
-                                    "int_Movo_Net_Wpactrl_ResetConnecting: [SCAN] failed\n"}));
+    EXPECT_EQ(errors(bench.set), (Lines{"Wpactrl_ExecCmd: [DISABLE_NETWORK 0] failed\n",
+                                        "int_Movo_Net_Wpactrl_ResetConnecting: [SCAN] failed\n"}));
     EXPECT_EQ(bench.wifi().curOperatingEsss.isConnected, 0);
     EXPECT_EQ(bench.link().disconnect_count, 0);
     EXPECT_EQ(bench.link().connectTimerEventHandle, 0);
@@ -177,8 +172,8 @@ TEST(ResetConnecting, FailsWithoutItsLocks)
     EXPECT_EQ(int_Movo_Net_Wpactrl_ResetConnecting(&bench.iface), 1);
     bench.set.failLock(bench.link().lock, 1);
     EXPECT_EQ(int_Movo_Net_Wpactrl_ResetConnecting(&bench.iface), 1);
-    EXPECT_EQ(errors(bench), (Lines{"int_Movo_Net_Wpactrl_ResetConnecting: lock wifi iface failed\n",
-                                    "int_Movo_Net_Wpactrl_ResetConnecting: lock wpa_ctrl iface failed\n"}));
+    EXPECT_EQ(errors(bench.set), (Lines{"int_Movo_Net_Wpactrl_ResetConnecting: lock wifi iface failed\n",
+                                        "int_Movo_Net_Wpactrl_ResetConnecting: lock wpa_ctrl iface failed\n"}));
     EXPECT_EQ(bench.link().connectStatus, WPACTRL_STATUS_NONE);
     EXPECT_EQ(bench.iface.isConnected, 1);
     EXPECT_EQ(sent(bench.supplicant), Lines{});

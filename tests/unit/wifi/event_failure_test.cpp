@@ -12,15 +12,7 @@ using namespace movonet;
 namespace {
 constexpr const char* kModule = "movo_net_fl_wpactrl";
 constexpr const char* kHandler = "OnWpactrlEventRev";
-constexpr const char* kConnected = "<3>CTRL-EVENT-CONNECTED - Connection to 02:00:00:00:01:00 completed [id=0 id_str=]";
-constexpr const char* kHandshake = "<3>WPA: 4-Way Handshake failed - pre-shared key may be incorrect";
-constexpr const char* kResults = "<3>CTRL-EVENT-SCAN-RESULTS ";
 constexpr const char* kAssociating = "<3>Trying to associate with 02:00:00:00:04:00 (SSID='Net' freq=2422 MHz)";
-
-Lines errors(Bench& bench)
-{
-    return told(bench.set, KEST_LEVEL_ERROR);
-}
 } // namespace
 
 TEST(Drain, ChecksWhatItIsGiven)
@@ -36,7 +28,7 @@ TEST(Drain, ChecksWhatItIsGiven)
     EXPECT_EQ(OnWpactrlEventRev(-1, &bare, 0), 1);
     bench.set.failLock(bench.link().lock, 1);
     EXPECT_EQ(bench.hear({kConnected}), 1);
-    EXPECT_EQ(errors(bench), Lines{"OnWpactrlEventRev: lock wpactrl mutex failed\n"});
+    EXPECT_EQ(errors(bench.set), Lines{"OnWpactrlEventRev: lock wpactrl mutex failed\n"});
     EXPECT_EQ(bench.supplicant.events.size(), 1U);
 }
 
@@ -63,7 +55,7 @@ TEST(Connecting_ConnectedEvent, EndsWithoutTheNetworksLock)
     bench.connect();
     bench.set.failLock(bench.wifi().lock, 1);
     EXPECT_EQ(bench.hear({kConnected, kResults}), 1);
-    EXPECT_EQ(errors(bench), Lines{"OnWpactrlEventRev: lock wifi iface mutex failed\n"});
+    EXPECT_EQ(errors(bench.set), Lines{"OnWpactrlEventRev: lock wifi iface mutex failed\n"});
     EXPECT_EQ(bench.set.heldLocks(), 0);
     EXPECT_CALLBACKS(bench.set, {{sim::IFCONNECTED, "mlan0"}});
     EXPECT_EQ(bench.wifi().curOperatingEsss.isConnected, 0);
@@ -160,7 +152,7 @@ TEST(WpsMode, KeepsTheLinksLockWhenItCannotTakeTheNetworks)
     ASSERT_EQ(int_Movo_Net_Wpactrl_WPSPBC(&bench.iface), 0);
     bench.set.failLock(bench.wifi().lock, 1);
     EXPECT_EQ(bench.hear({kAssociating}), 1);
-    EXPECT_EQ(errors(bench), Lines{"OnWpactrlEventRev: lock wifi iface mutex failed\n"});
+    EXPECT_EQ(errors(bench.set), Lines{"OnWpactrlEventRev: lock wifi iface mutex failed\n"});
     EXPECT_EQ(bench.set.heldLocks(), 1);
     EXPECT_EQ(bench.link().isWpsEssSaved, 0);
     bench.link().lock.unlock();

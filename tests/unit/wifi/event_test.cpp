@@ -10,10 +10,6 @@ using namespace movonet;
 namespace {
 constexpr const char* kModule = "movo_net_fl_wpactrl";
 constexpr const char* kHandler = "OnWpactrlEventRev";
-constexpr const char* kConnected = "<3>CTRL-EVENT-CONNECTED - Connection to 02:00:00:00:01:00 completed [id=0 id_str=]";
-constexpr const char* kDisconnected = "<3>CTRL-EVENT-DISCONNECTED bssid=02:00:00:00:01:00 reason=3";
-constexpr const char* kHandshake = "<3>WPA: 4-Way Handshake failed - pre-shared key may be incorrect";
-constexpr const char* kResults = "<3>CTRL-EVENT-SCAN-RESULTS ";
 constexpr auto kIfConnected = _MOVO_NET_CALLBACK_IFCONNECTED_;
 constexpr auto kBadKey = _MOVO_NET_CALLBACK_WIFIBADKEY_;
 constexpr auto kScanDone = _MOVO_NET_CALLBACK_WIFISCANDONE_;

@@ -24,11 +24,6 @@ struct Listed : Bench {
     }
     std::string first() { return wifi().esss_num == 1 ? wifi().esss[0].essid : ""; }
 };
-
-Lines errors(Bench& bench)
-{
-    return told(bench.set, KEST_LEVEL_ERROR);
-}
 } // namespace
 
 TEST(ScanResultFailure, OfTheRequest)
@@ -36,7 +31,7 @@ TEST(ScanResultFailure, OfTheRequest)
     Listed bench;
     bench.supplicant.results = {-1};
     EXPECT_EQ(int_Movo_Net_Wpactrl_ScanResult(&bench.iface), 1);
-    EXPECT_EQ(errors(bench), Lines{"Wpactrl_SendCmd: wpa_ctrl_request error\n"});
+    EXPECT_EQ(errors(bench.set), Lines{"Wpactrl_SendCmd: wpa_ctrl_request error\n"});
     EXPECT_EQ(bench.first(), "Kept");
     EXPECT_FALSE(bench.set.exists(kFile));
 }
@@ -46,7 +41,7 @@ TEST(ScanResultFailure, OfTheFileForWriting)
     Listed bench;
     bench.set.fail({.call = sim::Call::Open, .on = kFile, .nth = 1, .error = EACCES});
     EXPECT_EQ(int_Movo_Net_Wpactrl_ScanResult(&bench.iface), 1);
-    EXPECT_EQ(errors(bench), Lines{kReader + "Could not open scan result file.\n"});
+    EXPECT_EQ(errors(bench.set), Lines{kReader + "Could not open scan result file.\n"});
     EXPECT_EQ(bench.set.heldLocks(), 0);
     EXPECT_EQ(bench.first(), "Kept");
 }
@@ -64,7 +59,7 @@ TEST(ScanResultFailure, OfTheDiskIsPrinted)
         printed = output.text();
     }
     EXPECT_EQ(printed, "Error when write to scan result file");
-    EXPECT_EQ(errors(bench), Lines{});
+    EXPECT_EQ(errors(bench.set), Lines{});
     EXPECT_EQ(bench.set.read(kFile), kTable.substr(0, 10));
     EXPECT_EQ(bench.set.openDescriptors(), open);
     EXPECT_EQ(bench.first(), "Kept");
@@ -76,7 +71,7 @@ TEST(ScanResultFailure, KeepsTheNetworksLockWhenTheFileCannotBeReadAgain)
     Listed bench;
     bench.set.fail({.call = sim::Call::Fopen, .on = kFile, .nth = 1, .error = EMFILE});
     EXPECT_EQ(int_Movo_Net_Wpactrl_ScanResult(&bench.iface), 1);
-    EXPECT_EQ(errors(bench), Lines{kReader + "Could not open scan result file.\n"});
+    EXPECT_EQ(errors(bench.set), Lines{kReader + "Could not open scan result file.\n"});
     EXPECT_EQ(bench.set.heldLocks(), 1);
     EXPECT_EQ(bench.first(), "Kept");
     EXPECT_CALLBACKS(bench.set, {});
@@ -88,7 +83,7 @@ TEST(ScanResultFailure, KeepsReadingWithoutTheNetworksLock)
     Listed bench;
     bench.set.failLock(bench.wifi().lock, 1);
     EXPECT_EQ(int_Movo_Net_Wpactrl_ScanResult(&bench.iface), 0);
-    EXPECT_EQ(errors(bench), Lines{kReader + "lock failed\n"});
+    EXPECT_EQ(errors(bench.set), Lines{kReader + "lock failed\n"});
     EXPECT_EQ(bench.first(), "Net");
     EXPECT_EQ(bench.set.heldLocks(), 0);
     EXPECT_CALLBACKS(bench.set, {{sim::WIFIESSSUPDATED, "mlan0"}});
@@ -216,7 +211,7 @@ TEST(ScanFailure, OfItsTimer)
     Bench bench;
     bench.set.fail({.call = sim::Call::Malloc, .thread = sim::ThreadKind::Test, .nth = 1, .error = ENOMEM});
     EXPECT_EQ(int_Movo_Net_Wpactrl_Scan(&bench.iface), 4);
-    EXPECT_EQ(errors(bench),
+    EXPECT_EQ(errors(bench.set),
               (Lines{"int_addEvent: out of memory\n", "int_Movo_Net_Wpactrl_Scan: add scan time out event failed\n"}));
     EXPECT_EQ(bench.link().isScanning, 0);
 }
@@ -226,7 +221,7 @@ TEST(ScanFailure, OfAnInterfaceThatIsDown)
     Bench bench;
     bench.iface.isActived = 0;
     EXPECT_EQ(int_Movo_Net_Wpactrl_Scan(&bench.iface), 1);
-    EXPECT_EQ(errors(bench), Lines{"int_Movo_Net_Wpactrl_Scan: not actived yet"});
+    EXPECT_EQ(errors(bench.set), Lines{"int_Movo_Net_Wpactrl_Scan: not actived yet"});
     EXPECT_EQ(sent(bench.supplicant), Lines{});
 }
 
@@ -239,9 +234,9 @@ TEST(CancelScan, FailsWhenTheSupplicantRefusesOrWithoutTheLock)
     EXPECT_EQ(int_Movo_Net_Wpactrl_CancelScan(&bench.iface), 1);
     bench.set.failLock(bench.link().lock, 1);
     EXPECT_EQ(int_Movo_Net_Wpactrl_CancelScan(&bench.iface), 1);
-    EXPECT_EQ(errors(bench), (Lines{"Wpactrl_ExecCmd: [SCAN_CANCEL] failed\n",
-                                    "int_Movo_Net_Wpactrl_CancelScan: [SCAN_CANCEL] failed\n",
-                                    "int_Movo_Net_Wpactrl_CancelScan: lock wpa_ctrl iface failed\n"}));
+    EXPECT_EQ(errors(bench.set), (Lines{"Wpactrl_ExecCmd: [SCAN_CANCEL] failed\n",
+                                        "int_Movo_Net_Wpactrl_CancelScan: [SCAN_CANCEL] failed\n",
+                                        "int_Movo_Net_Wpactrl_CancelScan: lock wpa_ctrl iface failed\n"}));
     EXPECT_EQ(bench.link().isScanning, 1);
 }
 
@@ -266,7 +261,7 @@ TEST(ScanTimeout, ChecksWhatItIsGiven)
     bench.link().isScanning = 1;
     bench.set.failLock(bench.link().lock, 1);
     EXPECT_EQ(OnScanTimeoutEventRev(-1, &bench.iface, 1), 1);
-    EXPECT_EQ(errors(bench), Lines{"OnScanTimeoutEventRev: lock wpactrl mutex failed\n"});
+    EXPECT_EQ(errors(bench.set), Lines{"OnScanTimeoutEventRev: lock wpactrl mutex failed\n"});
     EXPECT_CALLBACKS(bench.set, {});
     bench.link().isScanning = 0;
     EXPECT_EQ(OnScanTimeoutEventRev(-1, &bench.iface, 1), 0);

@@ -14,13 +14,6 @@ struct Network {
     int signal = -50;
 };
 
-/** Events as the supplicant words them. */
-inline constexpr const char* kConnected =
-    "<3>CTRL-EVENT-CONNECTED - Connection to 02:00:00:00:01:00 completed [id=0 id_str=]";
-inline constexpr const char* kDisconnected = "<3>CTRL-EVENT-DISCONNECTED bssid=02:00:00:00:01:00 reason=3";
-inline constexpr const char* kHandshake = "<3>WPA: 4-Way Handshake failed - pre-shared key may be incorrect";
-inline constexpr const char* kResults = "<3>CTRL-EVENT-SCAN-RESULTS ";
-
 class Television {
 public:
     /** The chip, its supplicant and mlan0 are there; eth0 with its cable out, too. Nothing is started. */

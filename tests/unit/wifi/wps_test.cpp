@@ -10,11 +10,6 @@ using namespace movonet;
 
 namespace {
 constexpr const char* kModule = "movo_net_fl_wpactrl";
-
-Lines errors(Bench& bench)
-{
-    return told(bench.set, KEST_LEVEL_ERROR);
-}
 } // namespace
 
 TEST(WpsButton, ThatTheSupplicantRefusesArmsNothing)
@@ -22,7 +17,7 @@ TEST(WpsButton, ThatTheSupplicantRefusesArmsNothing)
     Bench bench;
     bench.supplicant.replies["WPS_PBC any"] = {"FAIL\n"};
     EXPECT_EQ(int_Movo_NET_WifiStartWpsConnection(&bench.iface, _MOVO_NET_WIFI_WPS_PBC_, nullptr), 1);
-    EXPECT_EQ(errors(bench),
+    EXPECT_EQ(errors(bench.set),
               (Lines{"Wpactrl_ExecCmd: [WPS_PBC any] failed\n", "int_Movo_Net_Wpactrl_WPSPBC: [wps_pbc any] failed\n",
                      "int_Movo_NET_WifiStartWpsConnection: WPS PBC failed\n"}));
     EXPECT_EQ(bench.link().connectTimerEventHandle, 0);
@@ -47,8 +42,8 @@ TEST(WpsButton, NeedsNoActiveInterfaceAndGoesOnWithoutRemoval)
     bench.iface.isActived = 0;
     bench.set.failLock(bench.link().lock, 1);
     EXPECT_EQ(int_Movo_Net_Wpactrl_WPSPBC(&bench.iface), 0);
-    EXPECT_EQ(errors(bench), (Lines{"int_Movo_Net_Wpactrl_RemoveNetwork: lock wpactrl mutex failed\n",
-                                    "int_Movo_Net_Wpactrl_WPSPBC: [REMOVE_NETWORK] failed\n"}));
+    EXPECT_EQ(errors(bench.set), (Lines{"int_Movo_Net_Wpactrl_RemoveNetwork: lock wpactrl mutex failed\n",
+                                        "int_Movo_Net_Wpactrl_WPSPBC: [REMOVE_NETWORK] failed\n"}));
     EXPECT_EQ(sent(bench.supplicant), Lines{"WPS_PBC any"});
 }
 
@@ -57,7 +52,7 @@ TEST(WpsButton, KeepsItsTimerWhenItCannotTakeTheLock)
     Bench bench;
     bench.set.failLock(bench.link().lock, 3); // after the removal and the timer
     EXPECT_EQ(int_Movo_Net_Wpactrl_WPSPBC(&bench.iface), 1);
-    EXPECT_EQ(errors(bench), Lines{"int_Movo_Net_Wpactrl_WPSPBC: lock wpactrl mutex failed\n"});
+    EXPECT_EQ(errors(bench.set), Lines{"int_Movo_Net_Wpactrl_WPSPBC: lock wpactrl mutex failed\n"});
     EXPECT_NE(bench.link().connectTimerEventHandle, 0);
     EXPECT_EQ(bench.link().isWpsMode, 0);
 }
@@ -69,7 +64,7 @@ TEST(WpsPin, OfAnotherAnswerArmsNothing)
     bench.supplicant.replies["WPS_PIN any 12345670"] = {"12345670\n", "1234567", "FAIL\n", ""};
     for (int answer = 0; answer < 4; ++answer) {
         EXPECT_EQ(int_Movo_Net_Wpactrl_WPSSetPIN(&bench.iface, "12345670"), 1) << answer;
-        EXPECT_EQ(errors(bench), Lines{"int_Movo_Net_Wpactrl_WPSSetPIN: [wps_pin any] does not match\n"});
+        EXPECT_EQ(errors(bench.set), Lines{"int_Movo_Net_Wpactrl_WPSSetPIN: [wps_pin any] does not match\n"});
         bench.set.forget();
     }
     EXPECT_EQ(bench.link().connectTimerEventHandle, 0);
@@ -82,7 +77,7 @@ TEST(WpsPin, ThatCannotBeSentGivesTheCodeOfTheLink)
     Bench bench;
     bench.supplicant.results = {0, -1};
     EXPECT_EQ(int_Movo_Net_Wpactrl_WPSSetPIN(&bench.iface, "12345670"), 1);
-    EXPECT_EQ(errors(bench), Lines{"Wpactrl_SendCmd: wpa_ctrl_request error\n"});
+    EXPECT_EQ(errors(bench.set), Lines{"Wpactrl_SendCmd: wpa_ctrl_request error\n"});
     (void)sent(bench.supplicant);
     EXPECT_EQ(int_Movo_Net_Wpactrl_WPSSetPIN(&bench.iface, nullptr), 5);
     EXPECT_EQ(sent(bench.supplicant), Lines{}) << "nothing is removed for it";
@@ -103,9 +98,9 @@ TEST(WpsPin, FailsWithoutTheLock)
     bench.set.failLock(bench.link().lock, 1);
     bench.set.failLock(bench.link().lock, 2); // of those that the first leaves: after the timer
     EXPECT_EQ(int_Movo_Net_Wpactrl_WPSSetPIN(&bench.iface, "12345670"), 1);
-    EXPECT_EQ(errors(bench), (Lines{"int_Movo_Net_Wpactrl_RemoveNetwork: lock wpactrl mutex failed\n",
-                                    "int_Movo_Net_Wpactrl_WPSSetPIN: [REMOVE_NETWORK] failed\n",
-                                    "int_Movo_Net_Wpactrl_WPSSetPIN: lock wpactrl mutex failed\n"}));
+    EXPECT_EQ(errors(bench.set), (Lines{"int_Movo_Net_Wpactrl_RemoveNetwork: lock wpactrl mutex failed\n",
+                                        "int_Movo_Net_Wpactrl_WPSSetPIN: [REMOVE_NETWORK] failed\n",
+                                        "int_Movo_Net_Wpactrl_WPSSetPIN: lock wpactrl mutex failed\n"}));
     EXPECT_EQ(bench.link().isWpsMode, 0);
 }
 
@@ -124,7 +119,7 @@ TEST(WpsBoth, EndsWithAButtonThatFails)
     Bench bench;
     bench.supplicant.replies["WPS_PBC any"] = {"FAIL\n"};
     EXPECT_EQ(int_Movo_NET_WifiStartWpsConnection(&bench.iface, _MOVO_NET_WIFI_WPS_PBC_PIN, "12345670"), 1);
-    EXPECT_EQ(errors(bench).back(), "int_Movo_NET_WifiStartWpsConnection: WPS PBC failed\n");
+    EXPECT_EQ(errors(bench.set).back(), "int_Movo_NET_WifiStartWpsConnection: WPS PBC failed\n");
     EXPECT_EQ(sent(bench.supplicant), (Lines{"REMOVE_NETWORK ALL", "WPS_PBC any"}));
 }
 
@@ -133,7 +128,7 @@ TEST(Wps, IsNotRecordedWithoutTheLock)
     Bench bench;
     bench.set.failLock(bench.wifi().lock, 2); // after the removal
     EXPECT_EQ(int_Movo_NET_WifiStartWpsConnection(&bench.iface, _MOVO_NET_WIFI_WPS_PBC_, nullptr), 1);
-    EXPECT_EQ(errors(bench), Lines{"int_Movo_NET_WifiStartWpsConnection: lock wifi iface failed\n"});
+    EXPECT_EQ(errors(bench.set), Lines{"int_Movo_NET_WifiStartWpsConnection: lock wifi iface failed\n"});
     EXPECT_EQ(bench.wifi().wpsMode, _MOVO_NET_WIFI_WPS_NONE_);
 }
 
@@ -145,9 +140,9 @@ TEST(Wps, TellsWhatItWasCalledOn)
     EXPECT_EQ(int_Movo_NET_WifiStartWpsConnection(&bench.iface, _MOVO_NET_WIFI_WPS_PBC_, nullptr), 1);
     EXPECT_EQ(int_Movo_Net_Wpactrl_WPSGetPIN(&bench.iface, pin, sizeof(pin)), 1);
     EXPECT_EQ(int_Movo_Net_Wpactrl_SearchHideEss(&bench.iface, "Hidden"), 1);
-    EXPECT_EQ(errors(bench), (Lines{"int_Movo_NET_WifiStartWpsConnection: not actived yet",
-                                    "int_Movo_Net_Wpactrl_WPSGetPIN: not actived yet",
-                                    "int_Movo_Net_Wpactrl_SearchHideEss: not actived yet"}));
+    EXPECT_EQ(errors(bench.set), (Lines{"int_Movo_NET_WifiStartWpsConnection: not actived yet",
+                                        "int_Movo_Net_Wpactrl_WPSGetPIN: not actived yet",
+                                        "int_Movo_Net_Wpactrl_SearchHideEss: not actived yet"}));
     MovoNetIface_t bare{};
     EXPECT_EQ(int_Movo_Net_Wpactrl_WPSPBC(&bare), 5);
     EXPECT_EQ(int_Movo_Net_Wpactrl_WPSSetPIN(&bare, "1"), 5);
@@ -197,10 +192,10 @@ TEST(GeneratedPin, KeepsTheNameThatItsFailureHas)
     bench.supplicant.results = {-1};
     char pin[9];
     EXPECT_EQ(int_Movo_Net_Wpactrl_WPSGetPIN(&bench.iface, pin, sizeof(pin)), 1);
-    EXPECT_EQ(errors(bench), (Lines{"int_Movo_Net_Wpactrl_RemoveNetwork: lock wpactrl mutex failed\n",
-                                    "int_Movo_Net_Wpactrl_WPSGetPIN: [REMOVE_NETWORK] failed\n",
-                                    "Wpactrl_SendCmd: wpa_ctrl_request error\n",
-                                    "int_Movo_Net_Wpactrl_WPSGetPIN: Wpactrl_SendCommand failed\n"}));
+    EXPECT_EQ(errors(bench.set), (Lines{"int_Movo_Net_Wpactrl_RemoveNetwork: lock wpactrl mutex failed\n",
+                                        "int_Movo_Net_Wpactrl_WPSGetPIN: [REMOVE_NETWORK] failed\n",
+                                        "Wpactrl_SendCmd: wpa_ctrl_request error\n",
+                                        "int_Movo_Net_Wpactrl_WPSGetPIN: Wpactrl_SendCommand failed\n"}));
 }
 
 namespace {
@@ -233,7 +228,7 @@ TEST(HiddenSearch, EndsWithTheCommandThatFails)
         EXPECT_EQ(sent(bench.supplicant).back(), row.command);
         Lines expected{"Wpactrl_ExecCmd: [" + std::string(row.command) + "] failed\n"};
         expected.insert(expected.end(), row.errors.begin(), row.errors.end());
-        EXPECT_EQ(errors(bench), expected);
+        EXPECT_EQ(errors(bench.set), expected);
         EXPECT_EQ(bench.link().isSearchingHideEss, 0);
         bench.supplicant.replies.erase(row.command);
         bench.set.forget();
@@ -250,8 +245,8 @@ TEST(HiddenSearch, ArmsTheTimerAloneWhenTheScanCannotBeCancelled)
     EXPECT_EQ(Lines(commands.end() - 2, commands.end()), (Lines{"SCAN_CANCEL", "SELECT_NETWORK  0"}));
     EXPECT_EQ(bench.link().isScanning, 1);
     EXPECT_EQ(bench.link().isSearchingHideEss, 1);
-    EXPECT_EQ(errors(bench), (Lines{"Wpactrl_ExecCmd: [SCAN_CANCEL] failed\n",
-                                    "int_Movo_Net_Wpactrl_CancelScan: [SCAN_CANCEL] failed\n"}));
+    EXPECT_EQ(errors(bench.set), (Lines{"Wpactrl_ExecCmd: [SCAN_CANCEL] failed\n",
+                                        "int_Movo_Net_Wpactrl_CancelScan: [SCAN_CANCEL] failed\n"}));
 }
 
 TEST(HiddenSearch, TakesTheConnectionBackWhenItBeginsAndWhenItTimesOut)
@@ -285,9 +280,10 @@ TEST(HiddenSearch, FailsWithoutNetworkTimerOrLock)
     EXPECT_EQ(int_Movo_Net_Wpactrl_SearchHideEss(&bench.iface, "Hidden"), 4);
     bench.set.failLock(bench.link().lock, 3); // after the removal and the timer
     EXPECT_EQ(int_Movo_Net_Wpactrl_SearchHideEss(&bench.iface, "Hidden"), 1);
-    EXPECT_EQ(errors(bench), (Lines{"Wpactrl_SendCmd: wpa_ctrl_request error\n", kSearch + "Wpactrl_SendCmd failed\n",
-                                    "int_addEvent: out of memory\n", kSearch + "add scan time out event failed\n",
-                                    kSearch + "lock wpa_ctrl iface failed\n"}));
+    EXPECT_EQ(errors(bench.set),
+              (Lines{"Wpactrl_SendCmd: wpa_ctrl_request error\n", kSearch + "Wpactrl_SendCmd failed\n",
+                     "int_addEvent: out of memory\n", kSearch + "add scan time out event failed\n",
+                     kSearch + "lock wpa_ctrl iface failed\n"}));
     EXPECT_EQ(bench.link().isSearchingHideEss, 0);
     EXPECT_EQ(bench.link().isScanning, 1) << "the timer ends it";
 }
