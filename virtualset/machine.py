@@ -18,6 +18,7 @@ import signal
 import socket
 import subprocess
 import threading
+import time
 
 from .log import Log
 
@@ -30,7 +31,11 @@ CACHE = pathlib.Path(
 LIBC = ctypes.CDLL(None)
 KERNEL_OPTIONS = "console=ttyS0 quiet panic=-1 mitigations=off random.trust_cpu=on"
 CPU = "qemu64,+rdrand"    # the plainest one is the fastest to emulate; random numbers are ready at once with rdrand
-BOOT_SECONDS = 120
+OWN_CLOCK = "shift=2,sleep=off"    # 4 ns an instruction
+BOOT_SECONDS = 600
+USUAL_BOOT_SECONDS = 10
+SLOWER_LATER = 10    # other work may come to this computer after the machine has booted
+LOOK_SECONDS = 1
 
 
 class SetError(Exception):
@@ -68,15 +73,19 @@ class VirtualSet:
            machine's network namespace cable0, cable1, ..., "wakeable" is as "user", with a card that can be told to wake
            the set; the others cannot.
     chip   Whether a USB device stands for a Wi-Fi chip; `Air` gives it its radio.
-    limit  Seconds after which the machine is killed, whatever it does.
+    limit  Seconds of this computer after which the machine is killed, whatever it does.
     data   Folder of this computer that is the machine's /data and outlives it; without one /data is gone at its end.
+    clock  "real", or "own": a second of the machine is then a number of instructions, and time in which it only waits is
+           skipped. What happens in the machine does not depend on the speed of this computer; scenarios run like that.
     """
 
-    def __init__(self, nics=("user",), chip=False, limit=300, data=None, folder=CACHE / "set"):
+    def __init__(self, nics=("user",), chip=False, limit=1800, data=None, clock="real", folder=CACHE / "set"):
         self.nics = list(nics)
         self.chip = chip
         self.data = data
         self.limit = limit
+        self.clock = clock
+        self.slowness = 1.0
         self.folder = folder
         self.log = Log()
         self.console = Log()
@@ -120,8 +129,10 @@ class VirtualSet:
         self.log.follow(log.lines)
         self._monitor_hello()
         threading.Thread(target=self._serve_requests, daemon=True).start()
+        begin = time.monotonic()
         try:
             self._commands.read(BOOT_SECONDS)
+            self.slowness = max(1.0, (time.monotonic() - begin) / USUAL_BOOT_SECONDS)
         except SetError as error:
             self.stop()
             raise SetError(f"{error}; its last words:\n" + "\n".join(self.console.lines[-15:])) from None
@@ -134,8 +145,28 @@ class VirtualSet:
             self._qemu.wait()
             self._qemu.stderr.close()
 
+    def patience(self, seconds):
+        """The real time after which what takes so long on a usual computer hangs: measured once, when it booted."""
+        return seconds * self.slowness * SLOWER_LATER
+
+    def uptime(self):
+        """Seconds of the machine's own clock since it booted."""
+        return float(self.check("cat /proc/uptime").split()[0])
+
+    def wait_for(self, pattern, seconds, start=0):
+        """The index of the first line of the log from `start` on that matches; TimeoutError when it does not come
+        within so many seconds of the machine."""
+        end = self.uptime() + seconds
+        while True:
+            try:
+                return self.log.wait_for(pattern, LOOK_SECONDS, start)
+            except TimeoutError:
+                if self.log.ended or self.uptime() > end:
+                    raise
+
     def run(self, command, seconds=60):
-        """Runs a shell command in the machine; returns its exit status and what it printed on both outputs."""
+        """Runs a shell command in the machine; returns its exit status and what it printed on both outputs. The limit
+        is in seconds of the machine."""
         status, output = self._ask(command, seconds)
         return status, output.decode(errors="replace")
 
@@ -206,7 +237,7 @@ class VirtualSet:
 
     def _ask(self, command, seconds):
         self._commands.send(b"%d %s" % (seconds, base64.b64encode(command.encode())))
-        status, _, output = self._commands.read(seconds + 5).partition(b" ")
+        status, _, output = self._commands.read(self.patience(seconds)).partition(b" ")
         return int(status), base64.b64decode(output)
 
     def _monitor_hello(self):
@@ -230,17 +261,19 @@ class VirtualSet:
     def _command_line(self, log, console, commands, monitor, requests, terminal):
         line = [
             "qemu-system-x86_64", "-nodefaults", "-no-user-config", "-display", "none", "-no-reboot",
-            "-machine", "pc", "-accel", "tcg,thread=multi", "-cpu", CPU, "-smp", "2", "-m", "384",
+            "-machine", "pc", "-accel", "tcg", "-cpu", CPU, "-m", "512",
             "-kernel", f"{self.folder}/vmlinuz", "-initrd", f"{self.folder}/initrd", "-append", KERNEL_OPTIONS,
             "-chardev", f"socket,id=console,fd={console}", "-serial", "chardev:console",
             "-chardev", f"socket,id=monitor,fd={monitor}", "-mon", "chardev=monitor,mode=control",
             "-device", "virtio-serial-pci",
         ]
+        if self.clock == "own":
+            line += ["-icount", OWN_CLOCK]
         line += ["-chardev", f"socket,id=terminal,fd={terminal}", "-device", "virtconsole,chardev=terminal"]
         for name, descriptor in (("log", log), ("command", commands), ("request", requests)):
             line += ["-chardev", f"socket,id={name},fd={descriptor}",
                      "-device", f"virtserialport,chardev={name},name={name}"]
-        line += _folder("root", self.folder / "root", "on") + _folder("movo", REPOSITORY, "on")
+        line += _folder("movo", REPOSITORY, "on")
         if self.data:
             line += _folder("data", self.data, "off")
         for number, plug in enumerate(self.nics):

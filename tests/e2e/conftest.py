@@ -23,7 +23,7 @@ def pytest_configure(config):
 
 @pytest.fixture(scope="session")
 def machine():
-    with VirtualSet(nics=["cable", "cable"], chip=True, limit=2700) as machine:
+    with VirtualSet(nics=["cable", "cable"], chip=True, limit=5400, clock="own") as machine:
         yield machine
 
 

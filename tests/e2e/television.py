@@ -1,9 +1,11 @@
-"""What a scenario does with the television: switch it on, pull cables, serve addresses, follow the log in order."""
+"""What a scenario does with the television: switch it on, pull cables, serve addresses, follow the log in order.
+
+All seconds are the television's own: how fast this computer is decides nothing.
+"""
 
 import re
-import time
 
-SHELL = "/movo/build/release/tools/movo_net_shell/movo_net_shell --programs /movo/virtualset/guest/commands"
+SHELL = "/movo/build/release/tools/movo_net_shell/movo_net_shell --programs /run/commands"
 
 RESET = """
 ip route flush table main
@@ -16,8 +18,15 @@ rm -rf /data/tv/save/* /tmp/dhcp /tmp/dhcpnotify.pipe.* /tmp/NotifyNtpclient /et
 find /movo/board -maxdepth 1 -type f -exec cp {} /system/bin/ +
 """
 
+COMMANDS = """
+mkdir -p /run/commands
+ln -sf /movo/virtualset/guest/commands/* /movo/tests/e2e/commands/* /run/commands/
+"""
+
 STOP = """
-pkill -KILL -x 'recovery_net|callback_app|movo_net_shell|dhcpcd'
+killed='recovery_net|callback_app|movo_net_shell|dhcpcd|wpa_supplicant'
+pkill -KILL -x "$killed"
+while pgrep -x "$killed" > /dev/null; do sleep 0.1; done
 for number in 0 1; do
     [ ! -e /run/dhcp_server$number.pid ] || /movo/virtualset/guest/dhcp_server $number stop
 done
@@ -48,6 +57,7 @@ class Television:
 
     def play(self, script, status=0, seconds=90, shell=SHELL):
         """Runs a script of movo_net_shell in place of the daemon, until it ends with the status; returns its output."""
+        self.machine.check(COMMANDS)
         self.machine.write("/tmp/script", script.encode())
         ended, output = self.machine.run(f"KEST_DEBUG=3 {shell} < /tmp/script 2> /run/log", seconds)
         assert ended == status, output
@@ -76,7 +86,7 @@ class Television:
 
     def expect(self, pattern, seconds=60):
         """Waits for the next line that matches, after those already expected; returns the match."""
-        at = self.machine.log.wait_for(pattern, seconds, self._cursor)
+        at = self.machine.wait_for(pattern, seconds, self._cursor)
         self._cursor = at + 1
         return re.search(pattern, self.machine.log.lines[at])
 
@@ -85,12 +95,11 @@ class Television:
         self.expect(pattern, seconds)
         return float(self.machine.log.lines[self._cursor - 1].split()[0])
 
-    @staticmethod
-    def sees(question, answer, seconds=20):
+    def sees(self, question, answer, seconds=20):
         """Asks the kernel until it gives the answer: what the daemon announces it does a moment later."""
-        deadline = time.monotonic() + seconds
-        while (last := question()) != answer and time.monotonic() < deadline:
-            time.sleep(0.2)
+        end = self.machine.uptime() + seconds
+        while (last := question()) != answer and self.machine.uptime() < end:
+            self.machine.check("sleep 0.1")
         assert last == answer
 
     def log_lines(self):

@@ -53,7 +53,6 @@ def test_phones_join_and_leave(ap_tv):
         phone 1 join MyTV
         expect SOFTAPSCAN bcm0 10
         expect SOFTAPCONNECTED bcm0 10
-        sleep 0.5
         ap status
         ap clients
         phone 1 get 192.168.255.249
@@ -81,7 +80,7 @@ def test_phones_join_and_leave(ap_tv):
 
 def test_ten_starts_leave_what_is_told_and_no_more(ap_tv):
     """Each start keeps its watch: a thread, its descriptor, and the pipe. The first stop keeps its socket, too."""
-    ap_tv.play(BEGIN + "watches 1\nlate add\nsleep 2\nap stop\nsleep 2\nlate delete\nflat note 18 9\n"
+    ap_tv.play(BEGIN + "watches 1\nlate add\nwatch 2\nap stop\nwatch 2\nlate delete\nflat note 18 9\n"
                + "".join(f"ap start\nwatches {number}\nap stop\n" for number in range(2, 11)) + "flat check\n",
                seconds=200)
     # While its interface is there, nothing is found that the kernel lists behind it.

@@ -1,7 +1,5 @@
 """The shell at the television's own terminal, as ./run hands it to a person."""
 
-import time
-
 from television import SHELL
 
 
@@ -11,7 +9,7 @@ class Person:
     def __init__(self, tv, command):
         self.shown = ""
         self.terminal = tv.machine.on_terminal(command)
-        self.terminal.settimeout(20)
+        self.terminal.settimeout(tv.machine.patience(20))
 
     def sees(self, text):
         while text not in self.shown:
@@ -32,12 +30,13 @@ def test_the_prompt_edits_completes_and_reaches_the_cable(tv):
     person.types("cable on eth7\r")
     person.sees("there is no such thing: eth7\r\ncable ended with status 1\r\n")
     person.types("watch\r")
-    time.sleep(1)
+    tv.plug("eth0")
+    person.sees("DHCP_SUCCESS eth0")
     person.types("\x03nonsense\r")
     person.sees("unknown command: nonsense; help lists them\r\n")
-    person.types("cable on\r")
-    person.sees("DHCP_SUCCESS eth0")
+    person.types("cable off\r")
+    person.sees("IFREMOVED eth0")
     assert not tv.machine.terminal_free.is_set()
     person.types("\x04")    # the end of the input
-    assert tv.machine.terminal_free.wait(20)
+    assert tv.machine.terminal_free.wait(tv.machine.patience(20))
     assert not [line for line in tv.log_lines() if "unknown command" in line]
