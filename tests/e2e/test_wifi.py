@@ -69,11 +69,17 @@ def security(flags):
     return ["open", "wep" if "[WEP]" in flags else "none"]
 
 
+def real_name(written):
+    """The name that the supplicant's escapes stand for; one with a control character stays as it is written."""
+    real = written.encode().decode("unicode_escape")
+    return written if re.search("[\0-\x1f\x7f]", real) else real.encode("latin-1").decode()
+
+
 def expected_networks(table):
     """What the set lists of the supplicant's table: the strongest of each name, and none without a name."""
     networks = {}
     for bssid, frequency, signal, flags, name in (line.split("\t") for line in table):
-        name = name.strip()[:32].rstrip()
+        name = real_name(name.strip())
         if name and name != "DIRECT-ab-ZENTATV" and (name not in networks or int(signal) > int(networks[name][1])):
             channel = str((int(frequency) - 2412) // 5 + 1)
             networks[name] = [bssid, signal, channel, *security(flags), "yes" if "[WPS]" in flags else "no"]
@@ -84,8 +90,8 @@ def test_scan_lists_what_the_supplicant_sees(wifi_tv):
     output = wifi_tv.play(SCAN + "scan_results\nwifi list\n")
     _, table, listed = re.split(r"bssid / frequency / .*\n|0 success: \d+\nname .*\n", output)
     assert len(table.splitlines()) >= 11    # all that tell their name; the hidden one's beacon may be missed
-    assert {line[:34].rstrip(): line[34:].split()[:6] for line in listed.splitlines()} == \
-        expected_networks(table.splitlines())
+    names_and_facts = re.findall(r"^(.*?) +((?:[0-9a-f]{2}:){5}.*)$", listed, re.M)
+    assert {name: facts.split()[:6] for name, facts in names_and_facts} == expected_networks(table.splitlines())
 
 
 def test_running_supplicant_is_adopted_and_the_next_one_started_for_the_chip(wifi_tv):
