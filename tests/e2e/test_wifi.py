@@ -2,6 +2,7 @@
 
 Each folder of wifi/ is a story. movo_net_shell plays its `script`; `callbacks` lists all that the application is told, in
 order, unless threads race for it, and `says` lines of the shell's output, in order. A .conf is one more access point.
+Between `script` and `script2`, and so on, the power is cut.
 commands/ has what the scripts use besides the shell's own commands.
 """
 
@@ -52,7 +53,11 @@ def test_story(wifi_tv, story):
     if story == "cable_and_wifi":
         wifi_tv.serve(0)
         wifi_tv.plug("eth0")
-    output = wifi_tv.play((STORIES / story / "script").read_text(), CHIPS.get(story, "brcm_43569"))
+    output = ""
+    for script in sorted((STORIES / story).glob("script*")):
+        if output:
+            wifi_tv.cut_power()
+        output += wifi_tv.play(script.read_text(), CHIPS.get(story, "brcm_43569"))
     said = iter(output.splitlines())
     assert [line for line in lines_of(story, "says") if line not in said] == [], output
     if (STORIES / story / "callbacks").exists():

@@ -8,7 +8,7 @@ from virtualset import launch
 
 SHELL = "/movo/build/release/tools/movo_net_shell/movo_net_shell --programs /run/commands"
 
-# Nothing is remembered, and the system has started its supplicant.
+# The chip is as after its power was out, and the system has started its supplicant.
 RESET = """
 ip link set mlan0 down
 ip address flush dev mlan0
@@ -24,6 +24,11 @@ class WirelessTelevision(Television):
         """As without a chip, but with its cable out."""
         super().switch_on_fresh()
         self.unplug("eth0")
+        self.machine.check(RESET)
+
+    def cut_power(self):
+        """Only what is remembered is left, and the system has started its supplicant."""
+        self.machine.run("pkill -KILL -x wpa_supplicant")
         self.machine.check(RESET)
 
     def start(self, program="/movo/build/release/recovery/recovery_net", chip="brcm_43569"):
