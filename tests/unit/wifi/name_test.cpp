@@ -197,18 +197,19 @@ TEST(LearntName, KeepsQuotesAndBackslashesAsTheyStand)
 
 TEST(RealName, IsWhatTheSupplicantIsSentAndWhatIsRemembered)
 {
-    for (const auto& [written, real] : kDecoded) {
+    for (const Name& name : kDecoded) {
+        const std::string& real = name.real;
         const int failed = sim::forkedRun([&] {
             Television television;
-            television.startWith(openNetworks({written}));
+            television.startWith(openNetworks({name.written}));
             ASSERT_EQ(Movo_NET_WifiConnectEss(0, kIf, real.c_str()), 0);
             EXPECT_EQ(sent(television.supplicant)[2], "SET_NETWORK 0 ssid \"" + real + "\"");
             television.hears({kConnected});
             const std::string file = television.set.read(kSavedFile);
             EXPECT_EQ(file.substr(0, 33), real + std::string(33 - real.size(), '\0'));
-            char name[33] = "";
-            EXPECT_EQ(Movo_NET_WifiGetConnectedEss(0, kIf, name, sizeof(name)), 0);
-            EXPECT_EQ(name, real);
+            char joined[33] = "";
+            EXPECT_EQ(Movo_NET_WifiGetConnectedEss(0, kIf, joined, sizeof(joined)), 0);
+            EXPECT_EQ(joined, real);
             EXPECT_EQ(Movo_NET_WifiSearchHideEss(0, kIf, real.c_str()), 0);
             EXPECT_EQ(sent(television.supplicant)[2], "SET_NETWORK 0 ssid \"" + real + "\"");
         });
@@ -218,7 +219,8 @@ TEST(RealName, IsWhatTheSupplicantIsSentAndWhatIsRemembered)
 
 TEST(RealName, IsJoinedAgainAfterAPowerCut)
 {
-    for (const auto& [written, real] : kDecoded) {
+    for (const Name& name : kDecoded) {
+        const std::string& real = name.real;
         const int failed = sim::forkedRun([&] {
             Television television;
             MovNetWifiEssItem_t ess{};
