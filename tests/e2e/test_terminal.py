@@ -29,6 +29,8 @@ def test_the_prompt_edits_completes_and_reaches_the_cable(tv):
     person.sees("IFREMOVED eth0")
     person.types("cable on eth7\r")
     person.sees("there is no such thing: eth7\r\ncable ended with status 1\r\n")
+    person.types("echo café 我家 🏠\r")    # the television has no locale
+    person.sees("\ncafé 我家 🏠\r\n")
     person.types("watch\r")
     tv.plug("eth0")
     person.sees("DHCP_SUCCESS eth0")

@@ -2,6 +2,7 @@
 
 Each folder of wifi/ is a story. movo_net_shell plays its `script`; `callbacks` lists all callbacks, in order for each
 interface, unless threads race for it, and `says` lines of the shell's output, in order. A .conf is one more access point.
+Between `script` and `script2`, and so on, the power is cut.
 commands/ has what the scripts use besides the shell's own commands.
 """
 
@@ -53,7 +54,11 @@ def test_story(wifi_tv, story):
     if story == "cable_and_wifi":
         wifi_tv.serve(0)
         wifi_tv.plug("eth0")
-    output = wifi_tv.play((STORIES / story / "script").read_text(), CHIPS.get(story, "brcm_43569"))
+    output = ""
+    for script in sorted((STORIES / story).glob("script*")):
+        if output:
+            wifi_tv.cut_power()
+        output += wifi_tv.play(script.read_text(), CHIPS.get(story, "brcm_43569"))
     said = iter(output.splitlines())
     assert [line for line in lines_of(story, "says") if line not in said] == [], output
     if (STORIES / story / "callbacks").exists():
@@ -69,11 +74,17 @@ def security(flags):
     return ["open", "wep" if "[WEP]" in flags else "none"]
 
 
+def real_name(written):
+    """The name that the supplicant's escapes stand for; one with a control character stays as it is written."""
+    real = written.encode().decode("unicode_escape")
+    return written if re.search("[\0-\x1f\x7f]", real) else real.encode("latin-1").decode()
+
+
 def expected_networks(table):
     """What the set lists of the supplicant's table: the strongest of each name, and none without a name."""
     networks = {}
     for bssid, frequency, signal, flags, name in (line.split("\t") for line in table):
-        name = name.strip()[:32].rstrip()
+        name = real_name(name.strip())
         if name and name != "DIRECT-ab-ZENTATV" and (name not in networks or int(signal) > int(networks[name][1])):
             channel = str((int(frequency) - 2412) // 5 + 1)
             networks[name] = [bssid, signal, channel, *security(flags), "yes" if "[WPS]" in flags else "no"]
@@ -84,8 +95,8 @@ def test_scan_lists_what_the_supplicant_sees(wifi_tv):
     output = wifi_tv.play(SCAN + "scan_results\nwifi list\n")
     _, table, listed = re.split(r"bssid / frequency / .*\n|0 success: \d+\nname .*\n", output)
     assert len(table.splitlines()) >= 11    # all that tell their name; the hidden one's beacon may be missed
-    assert {line[:34].rstrip(): line[34:].split()[:6] for line in listed.splitlines()} == \
-        expected_networks(table.splitlines())
+    names_and_facts = re.findall(r"^(.*?) +((?:[0-9a-f]{2}:){5}.*)$", listed, re.M)
+    assert {name: facts.split()[:6] for name, facts in names_and_facts} == expected_networks(table.splitlines())
 
 
 def test_running_supplicant_is_adopted_and_the_next_one_started_for_the_chip(wifi_tv):

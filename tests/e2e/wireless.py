@@ -4,7 +4,7 @@ from television import SHELL, Television
 
 from virtualset import launch
 
-# Nothing is remembered, and the system has started its supplicant.
+# The chip is as after its power was out, and the system has started its supplicant.
 RESET = """
 ip link set mlan0 down
 ip address flush dev mlan0
@@ -18,6 +18,11 @@ class WirelessTelevision(Television):
         """As without a chip, but with its cable out."""
         super().switch_on_fresh()
         self.unplug("eth0")
+        self.machine.check(RESET)
+
+    def cut_power(self):
+        """Only what is remembered is left, and the system has started its supplicant."""
+        self.switch_off()
         self.machine.check(RESET)
 
     def start(self, program="/movo/build/release/recovery/recovery_net", chip="brcm_43569"):

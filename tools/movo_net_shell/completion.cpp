@@ -1,8 +1,10 @@
 #include "completion.h"
 
+#include "characters.h"
 #include "command.h"
 #include "glue.h"
 #include "names.h"
+#include "networks.h"
 #include "programs.h"
 #include "text.h"
 
@@ -45,6 +47,9 @@ Words valuesFor(const std::string& parameter)
     if (parameter == "IFACE") {
         return interfaceNames();
     }
+    if (parameter == "NAME") {
+        return networkNames();
+    }
     if (parameter == "MODE") {
         return textsOf(modeNames());
     }
@@ -83,13 +88,17 @@ Words following(const Words& before)
 
 Completion completionOf(std::string_view beforeCursor)
 {
-    const std::size_t start = beforeCursor.find_last_of(" \t") + 1; // npos + 1 is the line's beginning
-    const auto before = splitWords(beforeCursor.substr(0, start));
-    if (!before) {
+    auto [before, end] = readWords(beforeCursor);
+    if (end == LineEnd::Backslash || end == LineEnd::Comment) {
         return {};
     }
-    Completion completion = {std::string(beforeCursor.substr(start)), following(*before)};
+    Completion completion = {"", {}, end == LineEnd::Quotes};
+    if (end != LineEnd::Blank) {
+        completion.begun = before.back();
+        before.pop_back();
+    }
     Words& words = completion.candidates;
+    words = following(before);
     std::erase_if(words, [&](const std::string& word) { return !word.starts_with(completion.begun); });
     std::ranges::sort(words);
     words.erase(std::unique(words.begin(), words.end()), words.end());
@@ -103,6 +112,16 @@ std::string commonBeginning(const std::vector<std::string>& words)
         const auto differing = std::ranges::mismatch(common, word).in1;
         common.erase(differing, common.end());
     }
-    return common;
+    return words.size() == 1 ? common : std::string(wholeCharacters(common));
+}
+
+std::string keysFor(const Completion& completion)
+{
+    const std::string common = commonBeginning(completion.candidates);
+    std::string keys = typed(common.substr(std::min(common.size(), completion.begun.size())), completion.inQuotes);
+    if (completion.candidates.size() == 1) {
+        keys += completion.inQuotes ? "\" " : " ";
+    }
+    return keys;
 }
 } // namespace shell

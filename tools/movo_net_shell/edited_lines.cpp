@@ -1,6 +1,8 @@
 /** Lines with editing, history and completion, by libedit. */
+#include "characters.h"
 #include "completion.h"
 #include "lines.h"
+#include "text.h"
 
 #include <clocale>
 #include <cwchar>
@@ -35,9 +37,13 @@ private:
     std::FILE* m_output;
     Console& m_console;
     EditLine* m_editor;
-    History* m_history;
+    HistoryW* m_history;
     bool m_interrupted = false;
 };
+
+/** Of the keys that the editor takes for commands where the system has no locale, these are letters. */
+constexpr wchar_t kFirstLetter = 0xA0;
+constexpr wchar_t kLastLetter = 0xFF;
 
 const char* prompt(EditLine* /*editor*/)
 {
@@ -46,24 +52,28 @@ const char* prompt(EditLine* /*editor*/)
 
 EditedLines::EditedLines(int input, std::FILE* output, Console& console)
     : m_input(input), m_inputStream(fdopen(dup(input), "r")), m_output(output), m_console(console),
-      m_editor(el_init("movo_net_shell", m_inputStream, output, output)), m_history(history_init())
+      m_editor(el_init("movo_net_shell", m_inputStream, output, output)), m_history(history_winit())
 {
-    HistEvent event;
-    (void)history(m_history, &event, H_SETSIZE, kHistorySize);
-    (void)history(m_history, &event, H_SETUNIQUE, 1);
+    HistEventW event;
+    (void)history_w(m_history, &event, H_SETSIZE, kHistorySize);
+    (void)history_w(m_history, &event, H_SETUNIQUE, 1);
     (void)el_set(m_editor, EL_CLIENTDATA, this);
     (void)el_set(m_editor, EL_EDITOR, "emacs");
     (void)el_set(m_editor, EL_PROMPT, prompt);
-    (void)el_set(m_editor, EL_HIST, history, m_history);
+    (void)el_wset(m_editor, EL_HIST, history_w, m_history);
     (void)el_set(m_editor, EL_GETCFN, readCharacter);
     (void)el_wset(m_editor, EL_ADDFN, L"complete", L"completes the word", complete); // el_set would leak the names
     (void)el_set(m_editor, EL_BIND, "^I", "complete", nullptr);
+    for (wchar_t letter = kFirstLetter; letter <= kLastLetter; letter++) {
+        const wchar_t key[] = {letter, L'\0'};
+        (void)el_wset(m_editor, EL_BIND, key, L"ed-insert", nullptr);
+    }
 }
 
 EditedLines::~EditedLines()
 {
     el_end(m_editor);
-    history_end(m_history);
+    history_wend(m_history);
     (void)std::fclose(m_inputStream);
 }
 
@@ -74,18 +84,18 @@ Read EditedLines::next(std::string& line)
     m_console.showArrivals();
     el_resize(m_editor);                     // the editor's own signal handlers would run on any thread, the glue's too
     (void)el_set(m_editor, EL_PREP_TERM, 1); // before the prompt, so that keys struck at once are not taken as a line
-    const char* const text = el_gets(m_editor, &length);
+    const wchar_t* const text = el_wgets(m_editor, &length);
     if (text == nullptr) {
         (void)std::fputs("\n", m_output);
         return m_interrupted ? Read::Interrupted : Read::End;
     }
-    line.assign(text, static_cast<std::size_t>(length));
+    line = narrow({text, static_cast<std::size_t>(length)});
     if (line.ends_with('\n')) {
         line.pop_back();
     }
     if (line.find_first_not_of(" \t") != std::string::npos) {
-        HistEvent event;
-        (void)history(m_history, &event, H_ENTER, line.c_str());
+        HistEventW event;
+        (void)history_w(m_history, &event, H_ENTER, wide(line).c_str());
     }
     return line.size() > kLongestLine ? Read::TooLong : Read::Line;
 }
@@ -124,28 +134,30 @@ int EditedLines::readByte(char& byte)
 
 int EditedLines::readCharacter(EditLine* editor, wchar_t* character)
 {
-    std::mbstate_t state{};
+    std::string bytes;
     for (;;) {
         char byte = 0;
         const int count = of(editor).readByte(byte);
         if (count != 1) {
             return count;
         }
-        const std::size_t length = std::mbrtowc(character, &byte, 1, &state);
-        if (length == 0 || length == 1) {
-            return 1;
+        bytes += byte;
+        if (firstCharacter(bytes).code == Character::kBroken) {
+            bytes = byte; // which may begin the next one
         }
-        if (length == static_cast<std::size_t>(-1)) {
-            state = {};
+        const Character first = firstCharacter(bytes);
+        if (first.isWhole()) {
+            *character = static_cast<wchar_t>(first.code);
+            return 1;
         }
     }
 }
 
 unsigned char EditedLines::complete(EditLine* editor, int /*key*/)
 {
-    const LineInfo* const info = el_line(editor);
+    const LineInfoW* const info = el_wline(editor);
     const auto length = static_cast<std::size_t>(info->cursor - info->buffer);
-    return of(editor).insert(completionOf({info->buffer, length}));
+    return of(editor).insert(completionOf(narrow({info->buffer, length})));
 }
 
 /** Inserts what all candidates share; when that is nothing new, shows them. */
@@ -154,22 +166,19 @@ unsigned char EditedLines::insert(const Completion& completion)
     if (completion.candidates.empty()) {
         return CC_ERROR;
     }
-    std::string rest = commonBeginning(completion.candidates).substr(completion.begun.size());
-    if (completion.candidates.size() == 1) {
-        rest += ' ';
-    }
-    if (rest.empty()) {
+    const std::string keys = keysFor(completion);
+    if (keys.empty()) {
         list(completion);
         return CC_REDISPLAY;
     }
-    return el_insertstr(m_editor, rest.c_str()) == 0 ? CC_REFRESH : CC_ERROR;
+    return el_winsertstr(m_editor, wide(keys).c_str()) == 0 ? CC_REFRESH : CC_ERROR;
 }
 
 void EditedLines::list(const Completion& completion)
 {
     (void)std::fputs("\n", m_output);
     for (const std::string& candidate : completion.candidates) {
-        (void)std::fprintf(m_output, "%s  ", candidate.c_str());
+        (void)std::fprintf(m_output, "%s  ", printable(candidate).c_str());
     }
     (void)std::fputs("\n", m_output);
 }

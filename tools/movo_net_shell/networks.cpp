@@ -34,15 +34,25 @@ std::string joined(const char* ifname, const char* essid)
     return joinedName(ifname) == essid ? "yes" : "no";
 }
 
-/** A network is remembered when its key can be read. That it cannot is an error in the log, which is not meant here. */
+/** Keeps questions whose failure means nothing out of the log. */
+class QuietLog {
+public:
+    QuietLog() : m_level(__atomic_exchange_n(&__kest_debug_min, KEST_LEVEL_NONE, __ATOMIC_RELAXED)) {}
+    ~QuietLog() { __atomic_store_n(&__kest_debug_min, m_level, __ATOMIC_RELAXED); }
+    QuietLog(const QuietLog&) = delete;
+    QuietLog& operator=(const QuietLog&) = delete;
+
+private:
+    int m_level;
+};
+
+/** A network is remembered when its key can be read. */
 std::string remembered(const char* ifname, const char* essid)
 {
-    const int level = __atomic_exchange_n(&__kest_debug_min, KEST_LEVEL_NONE, __ATOMIC_RELAXED);
+    const QuietLog quiet;
     char key[kKeySize] = "";
     int length = 0;
-    const RETURN_TYPE code = Movo_NET_WifiGetKey(kAppId, ifname, essid, key, &length);
-    __atomic_store_n(&__kest_debug_min, level, __ATOMIC_RELAXED);
-    return code == 0 ? "yes" : "no";
+    return Movo_NET_WifiGetKey(kAppId, ifname, essid, key, &length) == 0 ? "yes" : "no";
 }
 
 /** A fact of a network: its name in `wifi info`, and how wide its column is in `wifi list`, 0 for none. */
@@ -109,6 +119,24 @@ std::string wifiName()
 void chooseWifi(const std::string& ifname)
 {
     s_chosen = ifname;
+}
+
+std::vector<std::string> networkNames()
+{
+    std::vector<std::string> names;
+    const QuietLog quiet;
+    const std::string ifname = wifiName();
+    int count = 0;
+    if (Movo_NET_IsInitializationDone(kAppId) == 0 || Movo_NET_GetNumOfWifiEsss(kAppId, ifname.c_str(), &count) != 0) {
+        return names;
+    }
+    for (int index = 0; index < count; ++index) {
+        char name[kNameSize] = "";
+        if (Movo_NET_WifiGetSsidEss(kAppId, ifname.c_str(), index, name) == 0 && name[0] != '\0') {
+            names.emplace_back(name);
+        }
+    }
+    return names;
 }
 
 Outcome listNetworks(Console& console, Arguments /*arguments*/)

@@ -5,6 +5,7 @@
 #include "command.h"
 
 #include <string>
+#include <vector>
 
 namespace shell {
 /** The interface that `wifi use` has chosen, else the first wireless one; empty when there is none. */
@@ -12,6 +13,9 @@ std::string wifiName();
 
 /** Chooses it; an empty name goes back to the first wireless one. */
 void chooseWifi(const std::string& ifname);
+
+/** The networks of the table; none, without a word in the log, where they cannot be read. */
+std::vector<std::string> networkNames();
 
 /** `wifi list`, `wifi info NAME` and `wifi status`. */
 Outcome listNetworks(Console& console, Arguments arguments);

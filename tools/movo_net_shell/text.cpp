@@ -1,10 +1,12 @@
 #include "text.h"
 
-#include <algorithm>
+#include "characters.h"
+
 #include <arpa/inet.h>
 #include <charconv>
 #include <cstdio>
 #include <cstring>
+#include <utility>
 
 namespace shell {
 namespace {
@@ -27,40 +29,77 @@ std::optional<Number> parseNumber(const std::string& text)
     }
     return number;
 }
+
+/** Takes what a backslash keeps: a byte of two hexadecimal digits or the next character. Returns its length. */
+std::size_t takeEscaped(std::string_view rest, std::string& word)
+{
+    unsigned char byte = 0;
+    const char* const digits = rest.data() + 1;
+    if (rest.size() > 2 && rest[0] == 'x' && std::from_chars(digits, digits + 2, byte, 16).ptr == digits + 2 &&
+        byte != 0) {
+        word += static_cast<char>(byte);
+        return 3;
+    }
+    word += rest[0];
+    return 1;
+}
+
+/** Takes one character from the front of the text, as it is shown. */
+std::string shownCharacter(std::string_view& text)
+{
+    const Character first = firstCharacter(text);
+    const std::string_view bytes = text.substr(0, first.length);
+    text.remove_prefix(first.length);
+    if (first.isWhole() && !first.isControl()) {
+        return std::string(bytes);
+    }
+    std::string codes;
+    for (const char byte : bytes) {
+        char code[sizeof("\\x00")];
+        (void)std::snprintf(code, sizeof(code), "\\x%02x", static_cast<unsigned char>(byte));
+        codes += code;
+    }
+    return codes;
+}
 } // namespace
+
+WordsRead readWords(std::string_view line)
+{
+    WordsRead read = {{}, LineEnd::Blank};
+    for (std::size_t i = 0; i < line.size(); i++) {
+        const char c = line[i];
+        if (read.end != LineEnd::Quotes && isBlank(c)) {
+            read.end = LineEnd::Blank;
+            continue;
+        }
+        if (read.end == LineEnd::Blank) {
+            if (c == '#') {
+                read.end = LineEnd::Comment;
+                break;
+            }
+            read.words.emplace_back();
+            read.end = LineEnd::Word;
+        }
+        if (c == '"') {
+            read.end = read.end == LineEnd::Quotes ? LineEnd::Word : LineEnd::Quotes;
+        } else if (c != '\\') {
+            read.words.back() += c;
+        } else if (i + 1 < line.size()) {
+            i += takeEscaped(line.substr(i + 1), read.words.back());
+        } else {
+            read.end = LineEnd::Backslash;
+        }
+    }
+    return read;
+}
 
 std::optional<std::vector<std::string>> splitWords(std::string_view line)
 {
-    std::vector<std::string> words;
-    bool inWord = false;
-    bool inQuotes = false;
-    for (std::size_t i = 0; i < line.size(); i++) {
-        const char c = line[i];
-        if (!inQuotes && (isBlank(c) || (c == '#' && !inWord))) {
-            if (c == '#') {
-                break;
-            }
-            inWord = false;
-            continue;
-        }
-        if (!inWord) {
-            words.emplace_back();
-            inWord = true;
-        }
-        if (c == '"') {
-            inQuotes = !inQuotes;
-        } else if (c != '\\') {
-            words.back() += c;
-        } else if (++i < line.size()) {
-            words.back() += line[i];
-        } else {
-            return std::nullopt;
-        }
-    }
-    if (inQuotes) {
+    WordsRead read = readWords(line);
+    if (read.end == LineEnd::Quotes || read.end == LineEnd::Backslash) {
         return std::nullopt;
     }
-    return words;
+    return std::move(read.words);
 }
 
 std::optional<int> parseInt(const std::string& text)
@@ -114,24 +153,34 @@ std::string macText(long long address)
 
 std::string padded(std::string text, std::size_t width)
 {
-    const auto continues = [](char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }; // within a character
-    const auto shown = text.size() - static_cast<std::size_t>(std::ranges::count_if(text, continues));
+    std::size_t shown = 0;
+    for (std::size_t at = 0; at < text.size();) {
+        const Character each = firstCharacter(std::string_view(text).substr(at));
+        shown += each.columns();
+        at += each.length;
+    }
     return text.append(shown < width ? width - shown : 1, ' ');
 }
 
 std::string printable(std::string_view text)
 {
     std::string safe;
-    for (const char c : text) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte >= 0x20 && byte != 0x7F) {
-            safe += c;
-            continue;
-        }
-        char code[sizeof("\\x00")];
-        (void)std::snprintf(code, sizeof(code), "\\x%02x", byte);
-        safe += code;
+    while (!text.empty()) {
+        safe += shownCharacter(text);
     }
     return safe;
+}
+
+std::string typed(std::string_view text, bool inQuotes)
+{
+    const std::string_view special = inQuotes ? "\"\\" : "\"\\ #";
+    std::string keys;
+    while (!text.empty()) {
+        if (special.find(text[0]) != std::string_view::npos) {
+            keys += '\\';
+        }
+        keys += shownCharacter(text);
+    }
+    return keys;
 }
 } // namespace shell

@@ -9,10 +9,22 @@
 #include <vector>
 
 namespace shell {
+/** What a line ends within. */
+enum class LineEnd { Blank, Word, Quotes, Backslash, Comment };
+
+/** The words of a line, the last one perhaps not finished. */
+struct WordsRead {
+    std::vector<std::string> words;
+    LineEnd end;
+};
+
 /**
- * Splits a line at blanks. Double quotes keep blanks, a backslash keeps the next character, a word that begins with #
- * ends the line. Nothing when a quote is not closed or a backslash stands last.
+ * Splits a line at blanks. Double quotes keep blanks, a backslash keeps the next character, \xNN is a byte, a word that
+ * begins with # ends the line.
  */
+WordsRead readWords(std::string_view line);
+
+/** The same of a finished line; nothing when a quote is not closed or a backslash stands last. */
 std::optional<std::vector<std::string>> splitWords(std::string_view line);
 
 std::optional<int> parseInt(const std::string& text);
@@ -32,8 +44,11 @@ std::string addressText(unsigned address);
 /** The six lowest-addressed bytes, first octet first. */
 std::string macText(long long address);
 
-/** Text from outside that is safe on a terminal: control characters become \xNN. */
+/** Text from outside that is safe on a terminal: bytes of control characters and of no character become \xNN. */
 std::string printable(std::string_view text);
+
+/** Text as a part of a word that is typed, within quotes or not. */
+std::string typed(std::string_view text, bool inQuotes);
 
 /** Text with blanks after it, as wide as that on a terminal; a wider one with one blank. */
 std::string padded(std::string text, std::size_t width);

@@ -29,7 +29,8 @@ RETURN_TYPE Movo_NET_WifiScanEsss(kest_sint32 appid, const char* ifname);
 
 /**
  * Reads what the last scan found into the table that the calls below ask: one network a name, the strongest access
- * point's, at most 50.
+ * point's, at most 50. A name is its bytes as they are sent, mostly UTF-8. One that holds a control character is
+ * listed as the supplicant writes it, with escapes, and cannot be joined.
  *
  * @param[in]  appid   Ignored.
  * @param[in]  ifname  Wi-Fi interface, at most 8 characters.

@@ -1,6 +1,7 @@
 #include "movo_net_fl_wifi/saved.h"
 #include "movo_net_fl_wpactrl/channel.h"
 #include "movo_net_fl_wpactrl/learnt.h"
+#include "movo_net_fl_wpactrl/name.h"
 #include "support/log.h"
 #include "support/shared.h"
 
@@ -46,7 +47,7 @@ void removeTimer(std::int32_t& handle)
     }
 }
 
-/** The name of the network that the supplicant is about to join; empty when the message tells none. */
+/** The network that the supplicant is about to join, as it writes its name; empty when the message has none. */
 std::string_view ssidOf(std::string_view message)
 {
     constexpr std::string_view kBefore = "SSID='";
@@ -56,7 +57,7 @@ std::string_view ssidOf(std::string_view message)
     }
     const std::string_view rest = message.substr(start + kBefore.size());
     const std::size_t end = rest.find("' freq");
-    if (rest.starts_with('\'') || end == std::string_view::npos || end > MOVO_NET_ESSID_LENGTH) {
+    if (rest.starts_with('\'') || end == std::string_view::npos) {
         return {};
     }
     return rest.substr(0, end);
@@ -65,12 +66,12 @@ std::string_view ssidOf(std::string_view message)
 /** WPS tells which network it joins before it has joined it. */
 Drain learnNetwork(Link& link, std::string_view message)
 {
-    const std::string_view name = ssidOf(message);
-    if (name.empty()) {
+    char ssid[kMessageSize] = {};
+    (void)ssidOf(message).copy(ssid, sizeof(ssid) - 1);
+    decodeName(ssid);
+    if (ssid[0] == '\0' || std::strlen(ssid) > MOVO_NET_ESSID_LENGTH) {
         return Drain::GoOn;
     }
-    char ssid[MOVO_NET_ESSID_LENGTH + 1] = {};
-    std::memcpy(ssid, name.data(), name.size());
     NET_LOG_AT(link.at, KEST_LEVEL_INFO, "get wps ssid: %s\n", ssid);
     MovNetWifiEssItem_t ess;
     if (!findScannedEss(link.wifi, ssid, ess)) {

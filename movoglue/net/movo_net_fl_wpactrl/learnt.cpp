@@ -1,6 +1,7 @@
 #include "movo_net_fl_wpactrl/learnt.h"
 
 #include "movo_net_fl_wpactrl/flags.h"
+#include "movo_net_fl_wpactrl/name.h"
 #include "support/command.h"
 #include "support/file.h"
 #include "support/log.h"
@@ -50,6 +51,15 @@ void takeValue(std::string_view line, std::string_view start, char (&to)[N])
     copyBounded(to, line);
 }
 
+/** Takes a name that the supplicant cannot quote: one beyond ASCII. */
+void takeHexName(std::string_view line, NetworkTexts& texts)
+{
+    constexpr std::string_view kStart = "\tssid=";
+    if (line.starts_with(kStart)) {
+        decodeHexName(line.substr(kStart.size()), texts.ssid);
+    }
+}
+
 bool findBlock(std::FILE* file)
 {
     char line[kLineSize];
@@ -71,6 +81,7 @@ NetworkTexts readBlock(std::FILE* file)
             line.remove_suffix(1);
         }
         takeValue(line, "\tssid=\"", texts.ssid);
+        takeHexName(line, texts);
         takeValue(line, "\tpsk=\"", texts.key);
         takeValue(line, "\tkey_mgmt=", texts.keyManagement);
         takeValue(line, "\tpairwise=", texts.pairwise);

@@ -1,7 +1,7 @@
 #include "movo_net_fl_wpactrl/scan_table.h"
 
 #include "movo_net_fl_wpactrl/flags.h"
-#include "support/text.h"
+#include "movo_net_fl_wpactrl/name.h"
 
 #include <cstdlib>
 #include <cstring>
@@ -27,10 +27,10 @@ bool isOwnDirectGroup(std::string_view ssid)
     return ssid.size() == 17 && ssid.starts_with("DIRECT-") && ssid.ends_with("-ZENTATV");
 }
 
-/** Names that are not listed: hidden ones, empty or made of zero bytes, and direct groups. */
-bool isUnlisted(std::string_view ssid)
+/** A written name that is not sent: empty, or made of zero bytes. */
+bool isHidden(std::string_view ssid)
 {
-    return ssid.empty() || ssid.starts_with("\\x0") || isOwnDirectGroup(ssid);
+    return ssid.empty() || ssid.starts_with("\\x0");
 }
 
 /** Splits a line; fields that are missing keep what an earlier line left, as the names that matter never do. */
@@ -41,8 +41,7 @@ void split(const char* text, ScanLine& line)
     const int fields = std::sscanf(text, "%1023s %1023s %1023s %1023s %1023[^\n]", line.bssid, line.frequency,
                                    line.signal, line.flags, line.ssid);
     if (fields == 4 && line.flags[0] != '[') { // an access point without flags: this is its name
-        copyPadded(line.ssid, line.flags, MOVO_NET_ESSID_LENGTH);
-        line.ssid[MOVO_NET_ESSID_LENGTH] = '\0';
+        std::memcpy(line.ssid, line.flags, sizeof(line.ssid));
         line.flags[0] = '\0';
     }
 }
@@ -57,7 +56,11 @@ void ScanTable::read(std::FILE* file)
     ScanLine line = {};
     while (m_count < MOVO_NET_MAX_ESSS && std::fgets(text, sizeof(text), file) != nullptr) {
         split(text, line);
-        if (!isUnlisted(line.ssid)) {
+        if (isHidden(line.ssid)) {
+            continue;
+        }
+        decodeName(line.ssid);
+        if (!isOwnDirectGroup(line.ssid)) {
             add(line);
         }
     }

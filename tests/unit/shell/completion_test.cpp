@@ -50,10 +50,54 @@ TEST(ShellCompletion, OfInterfaces)
     EXPECT_EQ(completionOf("expect IFFOUND e").candidates, Words({"eth0"}));
 }
 
+TEST(ShellCompletion, OfNetworks)
+{
+    fake::setRunning(true);
+    fake::addWireless("wlan0");
+    fake::setNetworks({"My Home Net", "caf\u00e9", "caf\u00e8 2", "say \"hi\" \\o/", "latin\xe9", "", "#1"});
+    for (const char* command : {"wifi join ", "wifi info ", "wifi key ", "wifi priority "}) {
+        EXPECT_EQ(completionOf(command).candidates.size(), 6U) << command;
+    }
+    EXPECT_EQ(completionOf("wifi join caf").candidates, Words({"caf\u00e8 2", "caf\u00e9"}));
+    EXPECT_EQ(completionOf("wifi join My\\ H").candidates, Words({"My Home Net"}));
+    EXPECT_EQ(completionOf("wifi join My H").candidates, Words()) << "the key";
+    EXPECT_EQ(completionOf("wifi join \"My H").candidates, Words({"My Home Net"}));
+    fake::returns("Movo_NET_GetNumOfWifiEsss", 1);
+    EXPECT_EQ(completionOf("wifi join ").candidates, Words());
+}
+
+TEST(ShellCompletion, IsTypedAsTheWordBegan)
+{
+    fake::setRunning(true);
+    fake::addWireless("wlan0");
+    fake::setNetworks({"My Home Net", "caf\u00e9", "caf\u00e8 2", "say \"hi\" \\o/", "latin\xe9", "#1"});
+    const std::pair<std::string, std::string> kKeys[] = {
+        {"My", "\\ Home\\ Net "},
+        {"\"My", " Home Net\" "},
+        {"M\"y", " Home Net\" "},
+        {"c", "af"},
+        {"caf", ""},
+        {"caf\u00e9", " "},
+        {"\"s", R"(ay \"hi\" \\o/" )"},
+        {"lat", "in\\xe9 "},
+        {"latin\\xe9", " "},
+        {"\\#", "1 "},
+        {"My\\", ""},
+        {"#", ""},
+    };
+    for (const auto& [begun, keys] : kKeys) {
+        EXPECT_EQ(shell::keysFor(completionOf("wifi join " + begun)), keys) << begun;
+    }
+}
+
 TEST(ShellCompletion, AsksNothingOfAGlueThatDoesNotRun)
 {
-    EXPECT_EQ(completionOf("enable ").candidates, Words());
-    EXPECT_EQ(fake::calls(), Words({"Movo_NET_IsInitializationDone"}));
+    for (const char* line : {"enable ", "wifi join "}) {
+        EXPECT_EQ(completionOf(line).candidates, Words());
+    }
+    for (const std::string& call : fake::calls()) {
+        EXPECT_EQ(call, "Movo_NET_IsInitializationDone");
+    }
 }
 
 TEST(ShellCompletion, OfNamedValues)
@@ -81,4 +125,5 @@ TEST(ShellCompletion, CommonBeginning)
     EXPECT_EQ(shell::commonBeginning({"one"}), "one");
     EXPECT_EQ(shell::commonBeginning({"enable", "enabled"}), "enable");
     EXPECT_EQ(shell::commonBeginning({"a", "b"}), "");
+    EXPECT_EQ(shell::commonBeginning({"caf\u00e8", "caf\u00e9"}), "caf") << "no half of a character";
 }

@@ -32,6 +32,9 @@ void addInterfaces(int count);
 /** One interface more, a wireless one. */
 void addWireless(const std::string& ifname);
 
+/** The scanned networks; the first one is joined. */
+void setNetworks(const std::vector<std::string>& names);
+
 /** Calls the callback, if there is one. */
 void callBack(MovoNetCBReason_e reason, const char* ifname);
 } // namespace fake

@@ -18,6 +18,7 @@ struct State {
     std::map<std::string, int> results;
     std::function<void(const std::string&)> onCall;
     std::vector<std::string> names = {"lo", "eth0"};
+    std::vector<std::string> networks = {"My Home Net", "caf\xc3\xa9"};
     bool running = false;
     std::thread loop; // the glue's own thread, from start to stop
     bool stopping = false;

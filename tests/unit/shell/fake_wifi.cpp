@@ -5,8 +5,6 @@
 using namespace fake;
 
 namespace {
-constexpr const char* kNames[] = {"My Home Net", "caf\xc3\xa9"};
-
 /** As the calls that fill a buffer of the caller's. */
 RETURN_TYPE wroteText(int result, char* out, const char* text)
 {
@@ -16,6 +14,11 @@ RETURN_TYPE wroteText(int result, char* out, const char* text)
     return result;
 }
 } // namespace
+
+void fake::setNetworks(const std::vector<std::string>& names)
+{
+    state().networks = names;
+}
 
 RETURN_TYPE Movo_NET_WifiScanEsss(kest_sint32, const char* ifname)
 {
@@ -29,12 +32,13 @@ RETURN_TYPE Movo_NET_WifiUpdateEsss(kest_sint32, const char* ifname)
 
 RETURN_TYPE Movo_NET_GetNumOfWifiEsss(kest_sint32, const char* ifname, int* retval)
 {
-    return wrote(called("Movo_NET_GetNumOfWifiEsss", ifname), retval, static_cast<int>(std::size(kNames)));
+    return wrote(called("Movo_NET_GetNumOfWifiEsss", ifname), retval, static_cast<int>(state().networks.size()));
 }
 
 RETURN_TYPE Movo_NET_WifiGetSsidEss(kest_sint32, const char* ifname, int essidx, char* retval)
 {
-    return wroteText(called("Movo_NET_WifiGetSsidEss", ifname, essidx), retval, kNames[essidx]);
+    return wroteText(called("Movo_NET_WifiGetSsidEss", ifname, essidx), retval,
+                     state().networks[static_cast<std::size_t>(essidx)].c_str());
 }
 
 RETURN_TYPE Movo_NET_WifiGetSignalEss(kest_sint32, const char* ifname, const char* essid, int* retval)
@@ -104,7 +108,7 @@ RETURN_TYPE Movo_NET_WifiDisConnect(kest_sint32, const char* ifname)
 
 RETURN_TYPE Movo_NET_WifiGetConnectedEss(kest_sint32, const char* ifname, char* essid, int len)
 {
-    return wroteText(called("Movo_NET_WifiGetConnectedEss", ifname, len), essid, kNames[0]);
+    return wroteText(called("Movo_NET_WifiGetConnectedEss", ifname, len), essid, state().networks[0].c_str());
 }
 
 RETURN_TYPE Movo_NET_WifiGetWpsModeEss(kest_sint32, const char* ifname, MovoNetWifiWPSMode_e* mode)
@@ -154,6 +158,6 @@ RETURN_TYPE Movo_NET_WifiGetConnectedSignal(kest_sint32, char* ifname, char* ess
 {
     const int result = called("Movo_NET_WifiGetConnectedSignal");
     (void)wroteText(result, ifname, "wlan0");
-    (void)wroteText(result, essid, kNames[0]);
+    (void)wroteText(result, essid, state().networks[0].c_str());
     return wrote(result, retval, -50);
 }

@@ -1,4 +1,5 @@
 /** The shell as a person has it: editing, history, completion, callbacks and interrupts at a terminal. */
+#include "fake_locale.h"
 #include "fake_net.h"
 #include "tools/movo_net_shell/shell.h"
 
@@ -173,6 +174,38 @@ TEST(ShellTerminal, TakesLettersOfEveryLanguage)
     Terminal terminal;
     terminal.type("echo \u00e4\u20ac\r");
     EXPECT_TRUE(terminal.sees("\n\u00e4\u20ac\r\n"));
+    terminal.type("echo \u6211\u5bb6 \xe6\u00ff\U0001F3E0\r"); // the piece of a letter takes no other one with it
+    EXPECT_TRUE(terminal.sees("\n\u6211\u5bb6 \u00ff\U0001F3E0\r\n"));
+    EXPECT_TRUE(terminal.prompts());
+    terminal.type("\020\r"); // the line before
+    EXPECT_TRUE(terminal.sees("\n\u6211\u5bb6 \u00ff\U0001F3E0\r\n"));
+}
+
+TEST(ShellTerminal, TakesThemOnASystemWithoutLocales)
+{
+    fake::removeLocales();
+    Terminal terminal;
+    terminal.type("echo caf\u00e9 \u00a0\u00ff\u20ac \u6211\U0001F3E0\r");
+    EXPECT_TRUE(terminal.sees("\ncaf\u00e9 \u00a0\u00ff\u20ac \u6211\U0001F3E0\r\n"));
+    EXPECT_TRUE(terminal.prompts());
+    terminal.type("wifi info caf\t\r");
+    EXPECT_TRUE(terminal.sees("  name        caf\u00e9\r\n"));
+    EXPECT_TRUE(terminal.prompts());
+    terminal.type("\020\r"); // the line before
+    EXPECT_TRUE(terminal.sees("  name        caf\u00e9\r\n"));
+}
+
+TEST(ShellTerminal, CompletesANetworksName)
+{
+    fake::setNetworks({"\u6211\u5bb6 \"\\\U0001F3E0", "\u6211\u5bc6", "evil \u009b2J\x9b", "latin\xe9"});
+    Terminal terminal;
+    terminal.type("wifi info \t\t");
+    EXPECT_TRUE(terminal.sees("evil \\xc2\\x9b2J\\x9b  latin\\xe9  \u6211\u5bb6 \"\\\U0001F3E0  \u6211\u5bc6  \r\n"));
+    terminal.type("\u6211\u5bb6\t\r");
+    EXPECT_TRUE(terminal.sees("  name        \u6211\u5bb6 \"\\\U0001F3E0\r\n"));
+    EXPECT_TRUE(terminal.prompts());
+    terminal.type("wifi info lat\t\r");
+    EXPECT_TRUE(terminal.sees("  name        latin\\xe9\r\n"));
 }
 
 TEST(ShellTerminal, RemembersLines)

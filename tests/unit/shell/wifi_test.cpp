@@ -21,6 +21,19 @@ TEST(ShellWifi, SaysWhenThereIsNone)
     EXPECT_EQ(play("wifi use\n").output, "no wireless interface\n");
 }
 
+TEST(ShellWifi, ListsNamesOfEveryLanguageInOneTable)
+{
+    fake::setNetworks(
+        {"\u6211\u5bb6\u7684\u65e0\u7ebf\u7f51\u7edc\u5f88\u5feb\U0001F3E0!", "say \"hi\" \\o/", "\u009b2J\xe9"});
+    const std::string output = play("wifi use wlan0\nwifi list\n").output;
+    for (const std::string row :
+         {"name                              bssid", "say \"hi\" \\o/                      02:00",
+          "\u6211\u5bb6\u7684\u65e0\u7ebf\u7f51\u7edc\u5f88\u5feb\U0001F3E0!             02:00",
+          "\\xc2\\x9b2J\\xe9                    02:00"}) {
+        EXPECT_NE(output.find("\n" + row), std::string::npos) << row << "\n" << output;
+    }
+}
+
 TEST(ShellWifi, AKeyThatIsRefusedJoinsNothing)
 {
     fake::returns("Movo_NET_WifiSetKey", 5);

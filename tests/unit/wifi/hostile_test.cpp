@@ -34,6 +34,8 @@ std::string bytes(std::mt19937& random, std::size_t most)
                                               "]",
                                               "TKIP+CCMP",
                                               "\\x0",
+                                              "\\xe6\\x88",
+                                              "\\\\",
                                               "bssid / frequency / signal level / flags / ssid\n",
                                               "%s%n"};
     std::string text;

@@ -236,7 +236,7 @@ TEST(HiddenSearch, ThatFindsNothingIsEndedByTheTimer)
     EXPECT_EQ(bench.link().isSearchingHideEss, 0);
 }
 
-TEST(Learnt, TakesQuotedTextsAlone)
+TEST(Learnt, TakesAKeyFromQuotesAlone)
 {
     sim::Set set;
     set.write("/etc/wpa_supplicant.conf", "a\nnetwork={\n\tssid=\"Net\"\n\tpsk=\"the key\"\n\tkey_mgmt=WPA-PSK\n"
@@ -251,7 +251,7 @@ TEST(Learnt, TakesQuotedTextsAlone)
     set.write("/etc/wpa_supplicant.conf", "network={\n\tssid=4e6574\n\tpsk=00ff\n\tssid=\"\n\tpsk=\"\n\tkey_mgmt=");
     ess = {};
     Wpa_GetSavedEss(&ess);
-    EXPECT_STREQ(ess.essid, "");
+    EXPECT_STREQ(ess.essid, "Net");
     EXPECT_STREQ(ess.Key, "");
 }
 
