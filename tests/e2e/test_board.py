@@ -20,7 +20,7 @@ def run(tmp_path):
     files["SOFTAP_SERVICE"].chmod(0o755)
 
     def run(name, *arguments):
-        result = subprocess.run([BOARD / name, *arguments], capture_output=True, text=True, check=False, timeout=20,
+        result = subprocess.run([BOARD / name, *arguments], capture_output=True, text=True, check=False, timeout=600,
                                 env=os.environ | {key: str(path) for key, path in files.items()})
         return result.returncode, result.stdout
 

@@ -8,6 +8,7 @@ import time
 
 import pytest
 
+HANG_SECONDS = 600    # only ends a test that hangs
 NAMESPACES = ["unshare", "--user", "--map-root-user", "--mount", "--net"]
 
 
@@ -23,7 +24,7 @@ def fake(prefix, tmp_path):
         with path.open() as lines:
             played = subprocess.run(
                 [prefix / "bin/movo_net_fake_supplicant", *options, "--run", prefix / "bin/movo_net_shell"],
-                stdin=lines, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True, timeout=60)
+                stdin=lines, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True, timeout=HANG_SECONDS)
         return played.returncode, played.stdout
     return play
 
@@ -77,7 +78,7 @@ def test_it_speaks_from_another_script(prefix, tmp_path):
     program = subprocess.Popen([prefix / "bin/movo_net_fake_supplicant", "--script", script, path])
     client = socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM)
     client.bind(str(tmp_path / "client"))
-    client.settimeout(10)
+    client.settimeout(HANG_SECONDS)
     while not path.exists():
         assert program.poll() is None
         time.sleep(0.01)
@@ -88,7 +89,7 @@ def test_it_speaks_from_another_script(prefix, tmp_path):
 
     assert [ask(command) for command in ("PING", "STATUS", "PING twice", "PING", "PING", "QUIT")] \
         == ["PONG\n", "OK\n", "P\tP", "odd", "PONG\n", "BYE"]
-    assert program.wait(10) == 0
+    assert program.wait(HANG_SECONDS) == 0
 
 
 def test_a_mistake_in_a_script_is_told(prefix, tmp_path):

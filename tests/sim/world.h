@@ -107,7 +107,7 @@ Thread& self();
 ThreadKind selfKind();
 /** Ends the process, telling where every thread is. */
 [[noreturn]] void wedged(const char* what);
-/** How long nothing may move: 20 s, more where programs run slowly, or the environment variable SIM_PATIENCE. */
+/** How long nothing may move: ten minutes, or the seconds of the environment variable SIM_PATIENCE. */
 unsigned patienceSeconds();
 void startWatchdog();
 void stopWatchdog();

@@ -22,7 +22,7 @@ TEST(Set, ThereIsOnePerProcess)
 TEST(Set, TellsOfAWedge)
 {
     const auto wedge = [] {
-        (void)setenv("SIM_PATIENCE", "1", 1);
+        (void)setenv("SIM_PATIENCE", "3", 1);
         Set set;
         static pthread_mutex_t mutex = PTHREAD_MUTEX_INITIALIZER;
         (void)pthread_mutex_lock(&mutex);
@@ -39,7 +39,7 @@ TEST(Set, TellsOfAWedgeInsideTheProduct)
     GTEST_SKIP() << "the thread sanitizer delivers no signal to a thread that waits for a mutex";
 #endif
     const auto wedge = [] {
-        (void)setenv("SIM_PATIENCE", "1", 1);
+        (void)setenv("SIM_PATIENCE", "3", 1);
         const Set set;
         pthread_mutex_t mutex = PTHREAD_MUTEX_INITIALIZER;
         (void)pthread_mutex_lock(&mutex);
