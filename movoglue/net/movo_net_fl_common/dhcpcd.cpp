@@ -4,6 +4,7 @@
 #include "support/command.h"
 #include "support/file.h"
 #include "support/log.h"
+#include "support/process.h"
 #include "support/shared.h"
 #include "support/text.h"
 
@@ -46,10 +47,10 @@ PidFile readPidFile(const MovoNetIface_t& iface)
     return result;
 }
 
-/** Zero and negative numbers name no process but groups of them, and are never signalled. */
+/** A pid that must not be signalled counts as that of a client that is gone. */
 bool processExists(int pid)
 {
-    return pid > 0 && kill(pid, 0) == 0;
+    return maySignal(pid) && kill(pid, 0) == 0;
 }
 
 // The helpers below are steps of ShutdownDhcpcd and IsDhcpcdRunning and speak for them.
