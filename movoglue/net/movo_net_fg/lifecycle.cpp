@@ -33,19 +33,6 @@ bool createLocks()
     return ifaceListLock.create() && callbackListLock.create() && updateIfListLock.create();
 }
 
-/** Makes the loop's thread unless an earlier, failed start has left one, whose end somebody may wait for already. */
-bool startLoopThread()
-{
-    (void)pthread_mutex_lock(&s_loopThreadLock);
-    bool there = s_loopThread == LoopThread::Running || s_loopThread == LoopThread::Joining;
-    if (!there && pthread_create(&s_eventLoopThreadId, nullptr, int_eventLoopThread, &s_bThreadTerminating) == 0) {
-        s_loopThread = LoopThread::Running;
-        there = true;
-    }
-    (void)pthread_mutex_unlock(&s_loopThreadLock);
-    return there;
-}
-
 bool onLoopThread()
 {
     (void)pthread_mutex_lock(&s_loopThreadLock);
@@ -79,6 +66,22 @@ bool joinLoopThread()
     }
     (void)pthread_mutex_unlock(&s_loopThreadLock);
     return true;
+}
+
+/** Makes the loop's thread unless an earlier, failed start has left one, whose end somebody may wait for already. */
+bool startLoopThread()
+{
+    if (takeEventLoopFailure()) {
+        (void)joinLoopThread(); // it could not begin, and would be waited for in vain
+    }
+    (void)pthread_mutex_lock(&s_loopThreadLock);
+    bool there = s_loopThread == LoopThread::Running || s_loopThread == LoopThread::Joining;
+    if (!there && pthread_create(&s_eventLoopThreadId, nullptr, int_eventLoopThread, &s_bThreadTerminating) == 0) {
+        s_loopThread = LoopThread::Running;
+        there = true;
+    }
+    (void)pthread_mutex_unlock(&s_loopThreadLock);
+    return there;
 }
 
 enum class Start { Mine, Others, Done };
