@@ -80,10 +80,13 @@ bool openPipe(MovoNetIface_t* pIface, const HeapText& path, CallSite at)
     return true;
 }
 
-/** Opens the pipe and watches it. The loop is held off: descriptor and event change together, whoever else is at it. */
+/** Makes the pipe anew and watches it. The loop is held off: file, descriptor and event change together. */
 bool watchPipe(MovoNetIface_t* pIface, const HeapText& path, CallSite at)
 {
     const LoopGate gate;
+    const int removed = unlink(path.c_str());
+    NET_LOG_AT(at, KEST_LEVEL_INFO, "removing dhcpcd pipe: %s, return=%d\n", path.c_str(), removed);
+    NET_LOG_AT(at, KEST_LEVEL_INFO, "opening dhcpcd pipe: %s\n", path.c_str());
     if (!openPipe(pIface, path, at)) {
         return false;
     }
@@ -121,9 +124,6 @@ int launchClient(MovoNetIface_t* pIface, const HeapText& path)
 RETURN_TYPE startClient(MovoNetIface_t* pIface, CallSite at)
 {
     const HeapText path("%s.%s", get(s_sDhcpcdPipeName), pIface->name);
-    const int removed = unlink(path.c_str());
-    NET_LOG_AT(at, KEST_LEVEL_INFO, "removing dhcpcd pipe: %s, return=%d\n", path.c_str(), removed);
-    NET_LOG_AT(at, KEST_LEVEL_INFO, "opening dhcpcd pipe: %s\n", path.c_str());
     if (!watchPipe(pIface, path, at) || !openToEverybody(path, at)) {
         return kFail;
     }

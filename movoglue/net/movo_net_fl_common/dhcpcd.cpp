@@ -55,24 +55,16 @@ bool processExists(int pid)
 
 // The helpers below are steps of ShutdownDhcpcd and IsDhcpcdRunning and speak for them.
 
-/** False when the pipe was not open. The loop is held off: descriptor and event change together. */
-bool closeWatchedPipe(MovoNetIface_t* pIface)
+/** The loop is held off: file, descriptor and event change together. */
+void closePipe(MovoNetIface_t* pIface, CallSite at)
 {
     const LoopGate gate;
     const int fd = take(pIface->dhcpcfd, kNoFd);
     if (fd == kNoFd) {
-        return false;
+        return;
     }
     (void)int_removeEvent(take(pIface->dhcpcEventHandle, 0));
     (void)close(fd);
-    return true;
-}
-
-void closePipe(MovoNetIface_t* pIface, CallSite at)
-{
-    if (!closeWatchedPipe(pIface)) {
-        return;
-    }
     const FixedText<32> path("%s.%s", get(s_sDhcpcdPipeName), pIface->name);
     if (!path.fits()) {
         failedRequirement("path.fits()", kLog.name, at);
