@@ -178,7 +178,7 @@ RETURN_TYPE ifup(MovoNetIface_t* pIface)
         (void)int_Movo_Net_GetMacAddr(pIface, &pIface->macaddr);
         set(pIface->isActived, kTrue);
     }
-    return ConfigIP(pIface, kForce);
+    return configureActive(pIface, kForce);
 }
 
 RETURN_TYPE ifdown(MovoNetIface_t* pIface)

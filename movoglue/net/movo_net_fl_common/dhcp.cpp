@@ -109,7 +109,12 @@ MovoNetIPStatus_e statusOf(std::uint32_t address)
 void onAddressObtained(MovoNetIface_t* pIface, CallSite at)
 {
     NET_LOG_AT(at, KEST_LEVEL_INFO, "message: new\n");
+    const bool wasActive = get(pIface->isActived) != kFalse;
+    const auto takenDown = [=] { return wasActive && !get(pIface->isActived); };
     readLease(pIface);
+    if (takenDown()) {
+        return; // by a thread that clears the addresses as soon as the loop lets it
+    }
     rememberLease(*pIface);
     logLease(*pIface, at);
     set(pIface->ipStatus, statusOf(get(pIface->ipv4)));
@@ -118,6 +123,9 @@ void onAddressObtained(MovoNetIface_t* pIface, CallSite at)
     (void)ResetGwAndDns();
     set(g_isWifiConnectByUI, kFalse);
     (void)NotifyApp(_MOVO_NET_CALLBACK_IPCHANGED_, pIface);
+    if (takenDown()) {
+        return;
+    }
     NotifyNtpclient();
     (void)NotifyApp(_MOVO_NET_CALLBACK_DHCP_SUCCESS_, pIface);
 }

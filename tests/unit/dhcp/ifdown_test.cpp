@@ -166,6 +166,7 @@ TEST_P(IfDownDuringALease, LeavesNoneOfIt)
     EXPECT_EQ(bench.iface.priority, 0);
     EXPECT_EQ(bench.set.iface("eth0").address(), "0.0.0.0");
     EXPECT_EQ(bench.set.defaultRoutes(), Lines{});
+    EXPECT_TRUE(bench.set.calledBack({}));
     EXPECT_EQ(bench.iface.dhcpcfd == -1, GetParam() == _MOVO_NET_IPMODE_DHCP_);
     EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, "movo_net_fg", "ResetGwAndDns", "no connected interface\n");
 }
