@@ -185,6 +185,16 @@ void removeRetryTimer(MovoNetIface_t* pIface)
 {
     (void)removeEventOf(take(pIface->dhcpDownHandle, 0), OnDhcpDown, pIface);
 }
+
+/** When the client cannot be started, the next retry follows: nobody else would start it. */
+RETURN_TYPE restartClient(MovoNetIface_t* pIface)
+{
+    const RETURN_TYPE result = ConfigIP(pIface, kForce);
+    if (result != kOk) {
+        (void)AddDhcpDownEvent(pIface);
+    }
+    return result;
+}
 } // namespace
 
 RETURN_TYPE OnDhcpEventRev(int fd, void* data, kest_bool isTimeout)
@@ -256,7 +266,7 @@ RETURN_TYPE OnDhcpDown(int /*fd*/, void* data, kest_bool /*isTimeout*/)
     }
     switch (pIface->type) {
     case _MOVO_NET_IFACE_ETHER_:
-        return int_Movo_Net_CanActiveEther(pIface) == 1 ? ConfigIP(pIface, kForce) : kFail;
+        return int_Movo_Net_CanActiveEther(pIface) == 1 ? restartClient(pIface) : kFail;
     case _MOVO_NET_IFACE_WIFI_:
         return int_Movo_Net_Wpactrl_ResetConnecting(pIface);
     case _MOVO_NET_IFACE_LO_:
