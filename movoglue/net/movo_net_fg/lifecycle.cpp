@@ -161,7 +161,7 @@ RETURN_TYPE dropInterfaces(CallSite at)
     return kOk;
 }
 
-/** A link pass that ran while the glue was being stopped may have filled the list again and reported it done. */
+/** A start that was under way may have filled the list again, and a link pass reported the glue done. */
 void undoLatePass()
 {
     set(s_bIsInitDone, kFalse);

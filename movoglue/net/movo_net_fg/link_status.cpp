@@ -56,7 +56,7 @@ void checkLink(MovoNetIface_t& iface, CallSite at)
     const bool can = canActive(iface) == 1;
     const bool available = get(iface.isAvailable) != kFalse;
     if (present && can) {
-        if (!available) {
+        if (!available && !get(s_bThreadTerminating)) { // nobody would read what a client of a stopped glue reports
             makeAvailable(iface, at);
         }
     } else if (available && isGone(iface, present, can)) {
