@@ -1,6 +1,7 @@
 #include "bench.h"
 
 #include "movo_net_fg/fg.h"
+#include "movo_net_fl_eventloop/eventloop.h"
 #include "support/shared.h"
 
 #include <csignal>
@@ -169,6 +170,28 @@ TEST_P(IfDownDuringALease, LeavesNoneOfIt)
     EXPECT_TRUE(bench.set.calledBack({}));
     EXPECT_EQ(bench.iface.dhcpcfd == -1, GetParam() == _MOVO_NET_IPMODE_DHCP_);
     EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, "movo_net_fg", "ResetGwAndDns", "no connected interface\n");
+}
+
+/** The handler has looked at the interface for the last time, and goes on to connect it. */
+TEST_P(IfDownDuringALease, ComesAfterItsLastStep)
+{
+    bench.set.holdSleeps(0);
+    bench.set.settle();
+    {
+        const movonet::LoopGate handler;
+        bench.set.background([this] { EXPECT_EQ(ifdown(&bench.iface), 0); });
+        while (movonet::get(bench.iface.isActived) != 0) {
+            (void)sched_yield();
+        }
+        for (int yields = 0; yields < 1000; ++yields) {
+            (void)sched_yield(); // it goes as far as it can
+        }
+        movonet::set(bench.iface.isConnected, movonet::kTrue);
+        movonet::set(bench.iface.ipv4, 1U);
+    }
+    bench.set.joinBackground();
+    EXPECT_EQ(bench.iface.isConnected, 0);
+    EXPECT_EQ(bench.iface.ipv4, 0U);
 }
 
 INSTANTIATE_TEST_SUITE_P(Modes, IfDownDuringALease,
