@@ -198,7 +198,11 @@ RETURN_TYPE ResetGwAndDns(void);
  */
 RETURN_TYPE ifup(MovoNetIface_t* pIface);
 
-/** Ends an interface's IP configuration and moves the default route to another one; the result of ResetGwAndDns. */
+/**
+ * Ends an interface's IP configuration and moves the default route to another one; the result of ResetGwAndDns.
+ *
+ * @par Locks  eventListLock to its end: the caller holds no lock that a handler takes.
+ */
 RETURN_TYPE ifdown(MovoNetIface_t* pIface);
 
 /**

@@ -1,9 +1,10 @@
-/** Calls of the product that the simulated set lets fail. */
+/** Calls of the product that the simulated set lets fail, or at which it lets the test do something. */
 #ifndef SIM_FAULTS_H
 #define SIM_FAULTS_H
 
 #include <cerrno>
 #include <cstddef>
+#include <functional>
 #include <ostream>
 #include <string>
 
@@ -65,6 +66,7 @@ enum class ThreadKind { Test, Loop, Product, Other, Any };
  *     set.fail({.call = Call::Read, .on = "/tmp/dhcpnotify.pipe.eth0", .nth = 1, .bytes = 3});   // a short read
  *     set.fail({.call = Call::System, .on = "chmod", .nth = 1});                          // no shell: -1
  *     set.fail({.call = Call::MutexLock, .object = &movonet::ifaceListLock, .size = sizeof(movonet::ifaceListLock)});
+ *     set.fail({.call = Call::Unlink, .on = "/tmp/x", .does = [&] { ... }});   // what else happens at that moment
  *
  * Calls that tell their error by the return value (pthread) return `error`, the others set errno to it. A wait for a
  * condition that is struck ends at once, for no reason.
@@ -87,6 +89,8 @@ struct Fault {
     int error = EIO;
     /** For Read, Write, Send and Recv: transfer at most so many bytes instead of failing. -1: fail. */
     int bytes = -1;
+    /** Called on the product's thread just before the call, which then does not fail; nothing of the set is locked. */
+    std::function<void()> does = {};
     /** A fault that no call ran into fails the test at the set's end, unless it may miss. */
     bool mayMiss = false;
 };

@@ -120,6 +120,7 @@ std::optional<Strike> enter(Call call, const Subject& subject)
     World& w = world();
     const int error = errno;
     std::optional<Strike> strike;
+    std::function<void()> action;
     unsigned random = 0;
     {
         const Hold hold;
@@ -135,8 +136,14 @@ std::optional<Strike> enter(Call call, const Subject& subject)
             random = me.random = me.random * 1103515245U + 12345U;
         }
         if (const FaultRule* rule = strikes(call, subject, me.kind); rule != nullptr) {
-            strike = Strike{rule->fault.error, rule->fault.bytes};
+            action = rule->fault.does;
+            if (!action) {
+                strike = Strike{rule->fault.error, rule->fault.bytes};
+            }
         }
+    }
+    if (action) {
+        action();
     }
     dawdleBySeed(random);
     errno = error;

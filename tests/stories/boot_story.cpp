@@ -48,10 +48,9 @@ TEST(Boot, TheCableComesLater)
     EXPECT_CALLBACKS(set, {{IFFOUND, "eth0"}, {IPCHANGED, "eth0"}, {DHCP_SUCCESS, "eth0"}});
 }
 
-// A loop that begins later than the first interface is up refuses its notify pipe: the interface is reported, but gets
-// no client before its cable is pulled and returned. The start does not wait for the loop, which on a machine is there
-// long before the first program has run.
-TEST(Boot, KeepsALostStartLost)
+// A loop that begins later than the first interface is up refuses its notify pipe. The start does not wait for the
+// loop, but the next look tries again.
+TEST(Boot, LosesOneSecondToALateLoop)
 {
     Set set;
     set.holdLoopThread();
@@ -63,14 +62,7 @@ TEST(Boot, KeepsALostStartLost)
 
     set.grantTicks(10);
     EXPECT_CALLBACKS(set, {{IFFOUND, "eth0"}});
-    set.grantTicks(6000);
-    EXPECT_EQ(set.dhcp("eth0").launches(), 0);
-
-    set.cable("eth0").pull();
-    set.grantTicks(10);
-    set.cable("eth0").plug();
-    set.grantTicks(10);
     EXPECT_TRUE(set.dhcp("eth0").running());
     set.dhcp("eth0").leases();
-    EXPECT_CALLBACKS(set, {{IFREMOVED, "eth0"}, {IFFOUND, "eth0"}, {IPCHANGED, "eth0"}, {DHCP_SUCCESS, "eth0"}});
+    EXPECT_CALLBACKS(set, {{IPCHANGED, "eth0"}, {DHCP_SUCCESS, "eth0"}});
 }

@@ -104,6 +104,10 @@ Discovery discover(const char* name, CallSite at)
         discard(iface);
         return Discovery::End;
     }
+    if (get(s_bThreadTerminating)) { // the list may have been emptied, and nobody would end this one
+        discard(iface);
+        return Discovery::End;
+    }
     appendInterface(iface);
     listLock.unlock();
     NET_LOG_AT(at, KEST_LEVEL_INFO, "new interface %s\n", iface->name);

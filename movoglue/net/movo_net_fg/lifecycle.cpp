@@ -33,19 +33,6 @@ bool createLocks()
     return ifaceListLock.create() && callbackListLock.create() && updateIfListLock.create();
 }
 
-/** Makes the loop's thread unless an earlier, failed start has left one, whose end somebody may wait for already. */
-bool startLoopThread()
-{
-    (void)pthread_mutex_lock(&s_loopThreadLock);
-    bool there = s_loopThread == LoopThread::Running || s_loopThread == LoopThread::Joining;
-    if (!there && pthread_create(&s_eventLoopThreadId, nullptr, int_eventLoopThread, &s_bThreadTerminating) == 0) {
-        s_loopThread = LoopThread::Running;
-        there = true;
-    }
-    (void)pthread_mutex_unlock(&s_loopThreadLock);
-    return there;
-}
-
 bool onLoopThread()
 {
     (void)pthread_mutex_lock(&s_loopThreadLock);
@@ -79,6 +66,22 @@ bool joinLoopThread()
     }
     (void)pthread_mutex_unlock(&s_loopThreadLock);
     return true;
+}
+
+/** Makes the loop's thread unless an earlier, failed start has left one, whose end somebody may wait for already. */
+bool startLoopThread()
+{
+    if (takeEventLoopFailure()) {
+        (void)joinLoopThread(); // it could not begin, and would be waited for in vain
+    }
+    (void)pthread_mutex_lock(&s_loopThreadLock);
+    bool there = s_loopThread == LoopThread::Running || s_loopThread == LoopThread::Joining;
+    if (!there && pthread_create(&s_eventLoopThreadId, nullptr, int_eventLoopThread, &s_bThreadTerminating) == 0) {
+        s_loopThread = LoopThread::Running;
+        there = true;
+    }
+    (void)pthread_mutex_unlock(&s_loopThreadLock);
+    return there;
 }
 
 enum class Start { Mine, Others, Done };
@@ -158,7 +161,7 @@ RETURN_TYPE dropInterfaces(CallSite at)
     return kOk;
 }
 
-/** A link pass that ran while the glue was being stopped may have filled the list again and reported it done. */
+/** A start that was under way may have filled the list again, and a link pass reported the glue done. */
 void undoLatePass()
 {
     set(s_bIsInitDone, kFalse);

@@ -16,12 +16,16 @@ int canActive(MovoNetIface_t& iface)
 
 void makeAvailable(MovoNetIface_t& iface, CallSite at)
 {
+    const bool wasActive = get(iface.isActived) != kFalse;
     set(iface.isAvailable, kTrue);
     // Deliberate: always visible.
     NET_LOG_AT(at, KEST_LEVEL_ERROR, "link:interface available, start to active iface %s\n", iface.name);
     if (iface.funcs.Active(&iface, kTrue) != kOk) {
         NET_LOG_AT(at, KEST_LEVEL_ERROR, "link:activate %s failed\n", iface.name);
         set(iface.isAvailable, kFalse);
+        if (!wasActive) {
+            set(iface.isActived, kFalse); // or the next pass would not try again
+        }
         return;
     }
     set(iface.isEnabled, kTrue);
@@ -52,7 +56,7 @@ void checkLink(MovoNetIface_t& iface, CallSite at)
     const bool can = canActive(iface) == 1;
     const bool available = get(iface.isAvailable) != kFalse;
     if (present && can) {
-        if (!available) {
+        if (!available && !get(s_bThreadTerminating)) { // nobody would read what a client of a stopped glue reports
             makeAvailable(iface, at);
         }
     } else if (available && isGone(iface, present, can)) {

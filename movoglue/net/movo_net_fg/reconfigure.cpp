@@ -36,6 +36,19 @@ bool startDetached(void* (*body)(void*), void* arg)
     return true;
 }
 
+/**
+ * Stops a client that outlived its interface, which was taken down in another mode: it would connect it some day. An
+ * auto-IP interface keeps its own.
+ */
+void stopStrayClient(MovoNetIface_t* pIface)
+{
+    const LoopGate gate;
+    const bool stray = !get(pIface->isActived) && !get(pIface->isConnected) && get(pIface->dhcpcfd) != kNoFd;
+    if (stray && get(pIface->ipMode) != _MOVO_NET_IPMODE_AUTOIP_) {
+        (void)ShutdownDhcpcd(pIface, kRelease);
+    }
+}
+
 bool mayHoldDefaultRoute(const MovoNetIface_t& iface)
 {
     return get(iface.isConnected) && iface.type != _MOVO_NET_IFACE_LO_ &&
@@ -90,9 +103,10 @@ void* ConfigIPThread(void* arg)
     auto* pIface = static_cast<MovoNetIface_t*>(arg);
     const ConfiguringGuard guard;
     (void)SaveNetConfig();
-    if (get(pIface->isActived) && ConfigIP(pIface, kNoForce) == kFail) {
+    if (get(pIface->isActived) && configureActive(pIface, kNoForce) == kFail) {
         (void)NotifyApp(_MOVO_NET_CALLBACK_DHCP_FAILED_, pIface);
     }
+    stopStrayClient(pIface);
     return nullptr;
 }
 

@@ -1,4 +1,5 @@
 #include "movo_net_fl_common/common.h"
+#include "movo_net_fl_eventloop/eventloop.h"
 #include "support/ifreq.h"
 #include "support/log.h"
 #include "support/shared.h"
@@ -31,6 +32,19 @@ void storeMac(std::int64_t& to, const Mac& mac)
     std::int64_t value = get(to);
     std::memcpy(&value, mac.data(), mac.size());
     set(to, value);
+}
+
+/** False when another thread has taken the interface down meanwhile; a reselection would choose it. */
+bool connectStatic(MovoNetIface_t& iface, std::uint32_t ipv4)
+{
+    const LoopGate gate;
+    if (!get(iface.isActived)) {
+        return false;
+    }
+    set(iface.ipv4, ipv4);
+    set(iface.isConnected, kTrue);
+    set(iface.ipStatus, _MOVO_NET_IPSTATUS_STATIC_);
+    return true;
 }
 
 Mac macOf(std::int64_t value)
@@ -117,9 +131,9 @@ RETURN_TYPE int_Movo_Net_SetIpv4(MovoNetIface_t* pIface, std::uint32_t ipv4)
     case IfreqError::None:
         break;
     }
-    set(pIface->ipv4, ipv4);
-    set(pIface->isConnected, kTrue);
-    set(pIface->ipStatus, _MOVO_NET_IPSTATUS_STATIC_);
+    if (!connectStatic(*pIface, ipv4)) {
+        return kOk;
+    }
     (void)NotifyApp(_MOVO_NET_CALLBACK_IPCHANGED_, pIface);
     return kOk;
 }

@@ -2,6 +2,7 @@
 
 #include "movo_net_fl_common/dhcp.h"
 #include "movo_net_fl_ether/ether.h"
+#include "movo_net_fl_eventloop/eventloop.h"
 #include "movo_net_fl_wifi/wifi.h"
 #include "support/command.h"
 #include "support/log.h"
@@ -172,17 +173,22 @@ RETURN_TYPE ifup(MovoNetIface_t* pIface)
         NET_ERROR("ifup, ifup %s failed\n", pIface->name);
         return kFail;
     }
-    (void)int_Movo_Net_GetMacAddr(pIface, &pIface->macaddr);
-    set(pIface->isActived, kTrue);
-    return ConfigIP(pIface, kForce);
+    {
+        const LoopGate gate; // never in the middle of taking it down
+        (void)int_Movo_Net_GetMacAddr(pIface, &pIface->macaddr);
+        set(pIface->isActived, kTrue);
+    }
+    return configureActive(pIface, kForce);
 }
 
 RETURN_TYPE ifdown(MovoNetIface_t* pIface)
 {
+    set(pIface->isActived, kFalse); // at once: whatever gives the interface an address looks at it
+    set(pIface->isConnected, kFalse);
+    const LoopGate gate; // a lease that the loop is at comes to its end, and another thread's activation
     set(pIface->isActived, kFalse);
     set(pIface->isConnected, kFalse);
     dropAddress(*pIface);
-    set(pIface->isConnected, kFalse); // again: the loop may have been at a lease, which is gone with its client
     clearAddresses(*pIface);
     set(pIface->macaddr, 0);
     return ResetGwAndDns();

@@ -19,6 +19,10 @@ int priorityWithAddress(const MovoNetIface_t& iface);
 
 /** Forgets address, mask, gateway, name servers and priority, which belong to a connection. */
 void clearAddresses(MovoNetIface_t& iface);
+
+/** As ConfigIP, for an interface that the caller has seen active: one that is not any more stays down, which gives 0.
+ */
+RETURN_TYPE configureActive(MovoNetIface_t* pIface, kest_bool force);
 } // namespace movonet
 
 // A NULL record ends the process in all of these but ifconfig_up and int_Movo_Net_GetThroughput.
@@ -77,11 +81,12 @@ RETURN_TYPE ifconfig_up(const char* ifname);
 void NotifyNtpclient(void);
 
 /**
- * Configures the address of an active interface: applies the static one, or starts the DHCP client.
+ * Configures the address of an interface: applies the static one, or starts the DHCP client. When an interface that was
+ * active is taken down meanwhile, by another thread or a callback, it stays down and nothing more is reported.
  *
  * @param[in] force  1 restarts a client that runs, 0 leaves it alone.
  *
- * @retval 0  Applied, refused (STATICIP_FAILED), or the client runs.
+ * @retval 0  Applied, refused (STATICIP_FAILED), the client runs, or the interface was taken down meanwhile.
  * @retval 1  The client could not be started.
  */
 RETURN_TYPE ConfigIP(MovoNetIface_t* pIface, kest_bool force);

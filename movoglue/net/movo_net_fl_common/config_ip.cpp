@@ -25,31 +25,60 @@ constexpr LogModule kLog{"movo_net_fl_common", &movoglue_net_debug};
 constexpr mode_t kPipeMode = 02702;
 constexpr int kLeaseTimeoutSeconds = 90;
 
-bool applyStaticAddress(MovoNetIface_t* pIface)
+/** One call of ConfigIP. */
+struct Run {
+    MovoNetIface_t* iface;
+    bool whileActive; ///< The interface was active at the beginning, so the run is over when it is taken down.
+    CallSite at;
+
+    bool over() const { return whileActive && !get(iface->isActived); }
+};
+
+bool applyStaticAddress(const Run& run)
 {
+    MovoNetIface_t* pIface = run.iface;
     // Each field is read when its turn comes: the callback of the address step may change those after it.
     const auto plausible = [](const std::uint32_t& field) { return isPlausible(get(field)); };
-    return plausible(pIface->sipv4) && int_Movo_Net_SetIpv4(pIface, get(pIface->sipv4)) == kOk &&
+    return plausible(pIface->sipv4) && int_Movo_Net_SetIpv4(pIface, get(pIface->sipv4)) == kOk && !run.over() &&
            int_Movo_Net_SetMaskv4(pIface, get(pIface->smaskv4)) == kOk && plausible(pIface->sgwv4) &&
            int_Movo_Net_SetGwv4(pIface, get(pIface->sgwv4)) == kOk &&
            (plausible(pIface->sdns1v4) || plausible(pIface->sdns2v4)) &&
            int_Movo_Net_Setdnsv4(pIface, get(pIface->sdns1v4), get(pIface->sdns2v4)) == kOk && ResetGwAndDns() == kOk;
 }
 
-void configureStatic(MovoNetIface_t* pIface, CallSite at)
+/** Marks the interface connected unless the run is over; a reselection would choose it. */
+bool markConnected(const Run& run)
 {
-    NET_LOG_AT(at, KEST_LEVEL_INFO, "if=%s, ip=%08x, mask=%08x, gw=%08x, dns1=%08x, dns2=%08x\n", pIface->name,
+    const LoopGate gate;
+    if (run.over()) {
+        return false;
+    }
+    set(run.iface->isConnected, kTrue); // Deliberate: also when the configuration was refused.
+    return true;
+}
+
+void configureStatic(const Run& run)
+{
+    MovoNetIface_t* pIface = run.iface;
+    NET_LOG_AT(run.at, KEST_LEVEL_INFO, "if=%s, ip=%08x, mask=%08x, gw=%08x, dns1=%08x, dns2=%08x\n", pIface->name,
                get(pIface->sipv4), get(pIface->smaskv4), get(pIface->sgwv4), get(pIface->sdns1v4),
                get(pIface->sdns2v4));
     if (IsDhcpcdRunning(pIface)) {
         (void)ShutdownDhcpcd(pIface, kRelease);
     }
+    if (run.over()) {
+        return;
+    }
     set(pIface->priority, priorityWithAddress(*pIface));
-    const bool applied = applyStaticAddress(pIface);
-
-    set(pIface->isConnected, kTrue); // Deliberate: also when the configuration was refused.
+    const bool applied = applyStaticAddress(run);
+    if (!markConnected(run)) {
+        return;
+    }
     set(g_isWifiConnectByUI, kFalse);
     (void)NotifyApp(_MOVO_NET_CALLBACK_IPCHANGED_, pIface);
+    if (run.over()) {
+        return;
+    }
     NotifyNtpclient();
     (void)NotifyApp(applied ? _MOVO_NET_CALLBACK_STATICIP_SUCCESS_ : _MOVO_NET_CALLBACK_STATICIP_FAILED_, pIface);
 }
@@ -80,10 +109,18 @@ bool openPipe(MovoNetIface_t* pIface, const HeapText& path, CallSite at)
     return true;
 }
 
-/** Opens the pipe and watches it. The loop is held off: descriptor and event change together, whoever else is at it. */
-bool watchPipe(MovoNetIface_t* pIface, const HeapText& path, CallSite at)
+/** Makes the pipe anew and watches it. The loop is held off: file, descriptor and event change together. */
+bool watchPipe(const Run& run, const HeapText& path)
 {
+    MovoNetIface_t* pIface = run.iface;
+    const CallSite at = run.at;
     const LoopGate gate;
+    if (run.over()) {
+        return false;
+    }
+    const int removed = unlink(path.c_str());
+    NET_LOG_AT(at, KEST_LEVEL_INFO, "removing dhcpcd pipe: %s, return=%d\n", path.c_str(), removed);
+    NET_LOG_AT(at, KEST_LEVEL_INFO, "opening dhcpcd pipe: %s\n", path.c_str());
     if (!openPipe(pIface, path, at)) {
         return false;
     }
@@ -118,26 +155,25 @@ int launchClient(MovoNetIface_t* pIface, const HeapText& path)
                  path.c_str(), kLeaseTimeoutSeconds, pIface->name));
 }
 
-RETURN_TYPE startClient(MovoNetIface_t* pIface, CallSite at)
+RETURN_TYPE startClient(const Run& run)
 {
+    MovoNetIface_t* pIface = run.iface;
     const HeapText path("%s.%s", get(s_sDhcpcdPipeName), pIface->name);
-    const int removed = unlink(path.c_str());
-    NET_LOG_AT(at, KEST_LEVEL_INFO, "removing dhcpcd pipe: %s, return=%d\n", path.c_str(), removed);
-    NET_LOG_AT(at, KEST_LEVEL_INFO, "opening dhcpcd pipe: %s\n", path.c_str());
-    if (!watchPipe(pIface, path, at) || !openToEverybody(path, at)) {
+    if (!watchPipe(run, path) || !openToEverybody(path, run.at) || run.over()) {
         return kFail;
     }
     set(pIface->ipStatus, _MOVO_NET_IPSTATUS_DHCP_ACQUIRING_);
     if (launchClient(pIface, path) == -1) {
-        NET_LOG_AT(at, KEST_LEVEL_ERROR, "launch dhcpcd faild\n");
+        NET_LOG_AT(run.at, KEST_LEVEL_ERROR, "launch dhcpcd faild\n");
         return kFail;
     }
     return kOk;
 }
 
-RETURN_TYPE configureDhcp(MovoNetIface_t* pIface, kest_bool force, CallSite at)
+RETURN_TYPE configureDhcp(const Run& run, kest_bool force)
 {
-    NET_LOG_AT(at, KEST_LEVEL_INFO, "Set IP mode to  dhcp, should set IP address to 0.0.0.0\n");
+    MovoNetIface_t* pIface = run.iface;
+    NET_LOG_AT(run.at, KEST_LEVEL_INFO, "Set IP mode to  dhcp, should set IP address to 0.0.0.0\n");
     (void)runShell(FixedText<384>("ifconfig %s 0.0.0.0", pIface->name));
     if (IsDhcpcdRunning(pIface)) {
         if (!force) {
@@ -148,20 +184,48 @@ RETURN_TYPE configureDhcp(MovoNetIface_t* pIface, kest_bool force, CallSite at)
         (void)ShutdownDhcpcd(pIface, kRelease);
     }
     if (pIface->type == _MOVO_NET_IFACE_WIFI_ && !isAssociated(pIface)) {
-        NET_LOG_AT(at, KEST_LEVEL_INFO, "wifi not connected, can not dhcp\n");
+        NET_LOG_AT(run.at, KEST_LEVEL_INFO, "wifi not connected, can not dhcp\n");
         return kFail;
     }
-    return startClient(pIface, at);
+    return startClient(run);
+}
+
+/** Takes back what a run has left that is over. The gate keeps an activation from coming in between. */
+bool undoIfOver(const Run& run)
+{
+    const LoopGate gate;
+    if (!run.over()) {
+        return false;
+    }
+    if (usesStaticAddress(*run.iface)) {
+        (void)ShutdownDhcpcd(run.iface, kRelease); // the mode may have been DHCP until now
+    }
+    (void)ifdown(run.iface);
+    return true;
+}
+
+RETURN_TYPE configure(const Run& run, kest_bool force)
+{
+    RETURN_TYPE result = kOk;
+    NET_LOG_AT(run.at, KEST_LEVEL_INFO, "if=%s\n", run.iface->name);
+    if (usesStaticAddress(*run.iface)) {
+        configureStatic(run);
+    } else {
+        result = configureDhcp(run, force);
+    }
+    return undoIfOver(run) ? kOk : result;
 }
 } // namespace
+
+namespace movonet {
+RETURN_TYPE configureActive(MovoNetIface_t* pIface, kest_bool force)
+{
+    return configure({pIface, true, CallSite{"ConfigIP", __LINE__}}, force);
+}
+} // namespace movonet
 
 RETURN_TYPE ConfigIP(MovoNetIface_t* pIface, kest_bool force)
 {
     NET_REQUIRE(pIface != nullptr, "pIface");
-    NET_INFO("if=%s\n", pIface->name);
-    if (usesStaticAddress(*pIface)) {
-        configureStatic(pIface, NET_HERE);
-        return kOk;
-    }
-    return configureDhcp(pIface, force, NET_HERE);
+    return configure({pIface, get(pIface->isActived) != kFalse, NET_HERE}, force);
 }

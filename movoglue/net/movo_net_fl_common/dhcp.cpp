@@ -109,7 +109,12 @@ MovoNetIPStatus_e statusOf(std::uint32_t address)
 void onAddressObtained(MovoNetIface_t* pIface, CallSite at)
 {
     NET_LOG_AT(at, KEST_LEVEL_INFO, "message: new\n");
+    const bool wasActive = get(pIface->isActived) != kFalse;
+    const auto takenDown = [=] { return wasActive && !get(pIface->isActived); };
     readLease(pIface);
+    if (takenDown()) {
+        return; // by a thread that clears the addresses as soon as the loop lets it
+    }
     rememberLease(*pIface);
     logLease(*pIface, at);
     set(pIface->ipStatus, statusOf(get(pIface->ipv4)));
@@ -118,6 +123,9 @@ void onAddressObtained(MovoNetIface_t* pIface, CallSite at)
     (void)ResetGwAndDns();
     set(g_isWifiConnectByUI, kFalse);
     (void)NotifyApp(_MOVO_NET_CALLBACK_IPCHANGED_, pIface);
+    if (takenDown()) {
+        return;
+    }
     NotifyNtpclient();
     (void)NotifyApp(_MOVO_NET_CALLBACK_DHCP_SUCCESS_, pIface);
 }
@@ -176,6 +184,16 @@ void onAddressLost(MovoNetIface_t* pIface, CallSite at)
 void removeRetryTimer(MovoNetIface_t* pIface)
 {
     (void)removeEventOf(take(pIface->dhcpDownHandle, 0), OnDhcpDown, pIface);
+}
+
+/** When the client cannot be started, the next retry follows: nobody else would start it. */
+RETURN_TYPE restartClient(MovoNetIface_t* pIface)
+{
+    const RETURN_TYPE result = ConfigIP(pIface, kForce);
+    if (result != kOk) {
+        (void)AddDhcpDownEvent(pIface);
+    }
+    return result;
 }
 } // namespace
 
@@ -248,7 +266,7 @@ RETURN_TYPE OnDhcpDown(int /*fd*/, void* data, kest_bool /*isTimeout*/)
     }
     switch (pIface->type) {
     case _MOVO_NET_IFACE_ETHER_:
-        return int_Movo_Net_CanActiveEther(pIface) == 1 ? ConfigIP(pIface, kForce) : kFail;
+        return int_Movo_Net_CanActiveEther(pIface) == 1 ? restartClient(pIface) : kFail;
     case _MOVO_NET_IFACE_WIFI_:
         return int_Movo_Net_Wpactrl_ResetConnecting(pIface);
     case _MOVO_NET_IFACE_LO_:

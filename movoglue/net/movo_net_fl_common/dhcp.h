@@ -9,7 +9,8 @@ extern "C" {
 /** The event loop's handler of the client's messages; `data` is the record. 0, or 1 when nothing could be read. */
 RETURN_TYPE OnDhcpEventRev(int fd, void* data, kest_bool isTimeout);
 
-/** Schedules the next retry after a lost address. 0, or 1 when there are no more retries or no timer. */
+/** Schedules the next retry after a lost address, or after a retry that could not start the client. 0, or 1 when there
+ * are no more retries or no timer. */
 RETURN_TYPE AddDhcpDownEvent(MovoNetIface_t* pIface);
 
 /** The event loop's handler of that retry; `data` is the record. */

@@ -4,6 +4,7 @@
 #include "support/command.h"
 #include "support/file.h"
 #include "support/log.h"
+#include "support/process.h"
 #include "support/shared.h"
 #include "support/text.h"
 
@@ -46,32 +47,24 @@ PidFile readPidFile(const MovoNetIface_t& iface)
     return result;
 }
 
-/** Zero and negative numbers name no process but groups of them, and are never signalled. */
+/** A pid that must not be signalled counts as that of a client that is gone. */
 bool processExists(int pid)
 {
-    return pid > 0 && kill(pid, 0) == 0;
+    return maySignal(pid) && kill(pid, 0) == 0;
 }
 
 // The helpers below are steps of ShutdownDhcpcd and IsDhcpcdRunning and speak for them.
 
-/** False when the pipe was not open. The loop is held off: descriptor and event change together. */
-bool closeWatchedPipe(MovoNetIface_t* pIface)
+/** The loop is held off: file, descriptor and event change together. */
+void closePipe(MovoNetIface_t* pIface, CallSite at)
 {
     const LoopGate gate;
     const int fd = take(pIface->dhcpcfd, kNoFd);
     if (fd == kNoFd) {
-        return false;
+        return;
     }
     (void)int_removeEvent(take(pIface->dhcpcEventHandle, 0));
     (void)close(fd);
-    return true;
-}
-
-void closePipe(MovoNetIface_t* pIface, CallSite at)
-{
-    if (!closeWatchedPipe(pIface)) {
-        return;
-    }
     const FixedText<32> path("%s.%s", get(s_sDhcpcdPipeName), pIface->name);
     if (!path.fits()) {
         failedRequirement("path.fits()", kLog.name, at);

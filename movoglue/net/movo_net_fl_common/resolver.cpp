@@ -30,6 +30,28 @@ struct Line {
     bool startsWith(std::string_view key) const { return std::string_view(text).starts_with(key); }
 };
 
+/** The first two words of what is left of the resolver file, each cut to its buffer. */
+struct WordPair {
+    char key[32];
+    char value[20];
+
+    /** False at the end of the file, and after a read error, which would else never end. */
+    bool read(std::FILE* file)
+    {
+        *this = {};
+        if (std::fscanf(file, "%31s", key) != 1) {
+            return false;
+        }
+        skipRestOfWord(file); // or it would be taken for the next word
+        (void)std::fscanf(file, "%19s", value);
+        skipRestOfWord(file);
+        return true;
+    }
+
+private:
+    static void skipRestOfWord(std::FILE* file) { (void)std::fscanf(file, "%*[^ \t\n\v\f\r]"); }
+};
+
 /** What the DHCP client told about names. */
 struct LeaseNames {
     char domain[kLineSize];
@@ -84,17 +106,12 @@ RETURN_TYPE GetDNS(unsigned int* dns1, unsigned int* dns2)
     }
     unsigned int* const outputs[] = {dns1, dns2};
     std::size_t found = 0;
-    while (found < std::size(outputs)) {
-        char key[32] = {};
-        char value[20] = {};
-        // A longer word is read in pieces. End of input also stands for a read error, which would else never end.
-        if (std::fscanf(file.get(), "%31s %19s", key, value) == EOF) {
-            break;
-        }
-        if (std::strcmp(key, "nameserver") != 0) {
+    WordPair words;
+    while (found < std::size(outputs) && words.read(file.get())) {
+        if (std::strcmp(words.key, "nameserver") != 0) {
             continue;
         }
-        if (std::uint32_t server = 0; parseDottedQuad(value, server)) {
+        if (std::uint32_t server = 0; parseDottedQuad(words.value, server)) {
             *outputs[found++] = server;
         } else {
             NET_ERROR("error in /etc/resolv.conf\n");

@@ -45,35 +45,40 @@ bool isHexDigit(char c)
     return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'F') || (c >= 'a' && c <= 'f');
 }
 
-/** Reads pairs of digits up to the address's end or the first character that is none; counts all, keeps six. */
-void parseAddress(const char* at, kest_uint8* MAC, kest_uint8* len)
+/**
+ * Reads pairs of digits up to the address's end or the first character that is none; counts all, keeps six. False when
+ * one of their twelve digits is missing.
+ */
+bool parseAddress(const char* at, kest_uint8* MAC, kest_uint8* len)
 {
+    std::size_t digits = 0;
     while (!endsAddress(*at)) {
         if (*at == ':') {
             ++at;
             continue;
         }
         if (!isHexDigit(*at)) {
-            return;
+            break;
         }
         if (*len < kMacBytes) {
             MAC[*len] = static_cast<kest_uint8>((GetOprd(at[0]) << 4) | (GetOprd(at[1]) & 0x0f));
+            digits += isHexDigit(at[1]) ? 2 : 1;
         }
         ++*len;
         if (endsAddress(at[1])) {
-            return;
+            break;
         }
         at += 2;
     }
+    return digits == 2 * kMacBytes;
 }
 
-/** Reads the board's address into six bytes and counts them. */
-void getMacAddr(kest_uint8* MAC, kest_uint8* len)
+/** Reads the board's address into six bytes and counts them; false when it is not whole. */
+bool getMacAddr(kest_uint8* MAC, kest_uint8* len)
 {
     char line[kLineSize] = {};
-    if (readBoardLine(line) && std::string_view(line).size() > kAddressAt) {
-        parseAddress(line + kAddressAt, MAC, len);
-    }
+    return readBoardLine(line) && std::string_view(line).size() > kAddressAt &&
+           parseAddress(line + kAddressAt, MAC, len);
 }
 } // namespace
 
@@ -96,13 +101,16 @@ void programBoardMac(MovoNetIface_t& iface, CallSite at)
 {
     kest_uint8 mac[kMacBytes + 1] = {}; // one more, so that it ends as a text
     kest_uint8 count = 0;
-    getMacAddr(mac, &count);
+    const bool whole = getMacAddr(mac, &count);
     if (count < kFewestBytes) {
         return;
     }
     (void)std::printf("MAC %s len %d\n", reinterpret_cast<const char*>(mac), count);
     if (get(g_NetworkLinkType) != 0) {
         return;
+    }
+    if (!whole) {
+        NET_LOG_AT(at, KEST_LEVEL_ERROR, "mac of board config is cut, zeros fill it\n");
     }
     NET_LOG_AT(at, KEST_LEVEL_INFO, "get eth0 mac %02X:%02X:%02X:%02X:%02X:%02X from board config\n", mac[0], mac[1],
                mac[2], mac[3], mac[4], mac[5]);

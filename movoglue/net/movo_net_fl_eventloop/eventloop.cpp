@@ -5,6 +5,7 @@
 
 #include <cstdlib>
 #include <sys/select.h>
+#include <utility>
 
 using namespace movonet;
 
@@ -257,6 +258,14 @@ void waitForEventLoop()
         (void)pthread_cond_wait(&eventLoopInitCond, &eventLoopInitLock);
     }
     (void)pthread_mutex_unlock(&eventLoopInitLock);
+}
+
+bool takeEventLoopFailure()
+{
+    (void)pthread_mutex_lock(&eventLoopInitLock);
+    const bool failed = std::exchange(s_startFailed, false);
+    (void)pthread_mutex_unlock(&eventLoopInitLock);
+    return failed;
 }
 } // namespace movonet
 

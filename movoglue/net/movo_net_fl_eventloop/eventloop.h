@@ -44,6 +44,9 @@ RETURN_TYPE removeEventOf(int handle, RETURN_TYPE (*handler)(int, void*, kest_bo
 
 /** Waits until the loop's thread takes registrations or has failed to start. */
 void waitForEventLoop();
+
+/** True once after each loop's thread that has failed to start, and is over. */
+bool takeEventLoopFailure();
 } // namespace movonet
 
 #endif

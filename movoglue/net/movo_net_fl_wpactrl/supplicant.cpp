@@ -5,6 +5,7 @@
 #include "support/command.h"
 #include "support/file.h"
 #include "support/log.h"
+#include "support/process.h"
 #include "support/shared.h"
 #include "support/text.h"
 
@@ -122,7 +123,7 @@ void killSupplicant(const MovoNetIface_t& iface, CallSite at)
     const long long parsed = std::strtoll(text, nullptr, 10);
     const int pid = parsed > INT_MAX || parsed < INT_MIN ? 0 : static_cast<int>(parsed);
     NET_LOG_AT(at, KEST_LEVEL_INFO, "wpa_supplicant pid=%d\n", pid);
-    if (pid > 1) { // Deliberate: 0 and below would kill groups of processes, 1 the system.
+    if (maySignal(pid)) {
         (void)runShell(FixedText<128>("kill -9 %d", pid));
     }
 }

@@ -1,5 +1,6 @@
 #include "movo_net_fl_wpactrl/wpactrl.h"
 
+#include "movo_net_fl_eventloop/eventloop.h"
 #include "movo_net_fl_wpactrl/channel.h"
 #include "support/command.h"
 #include "support/log.h"
@@ -145,7 +146,8 @@ RETURN_TYPE int_Movo_Net_Wpactrl_RemoveNetwork(MovoNetIface_t* pIface)
     lock.unlock();
     set(pIface->isConnected, kFalse);
     stopAddressing(*pIface);
-    set(pIface->isConnected, kFalse); // again: the loop may have been at a lease, which is gone with its client
+    const LoopGate gate; // a lease that the loop is at comes to its end first, and is gone with its client
+    set(pIface->isConnected, kFalse);
     return kOk;
 }
 

@@ -120,6 +120,24 @@ private:
     std::vector<std::thread> m_threads;
 };
 
+/** An inactive interface keeps nothing of what it had. */
+void expectDownUnlessActive(sim::Set& set, const MovoNetIface_t& iface)
+{
+    if (iface.isActived != 0) {
+        return;
+    }
+    EXPECT_EQ(iface.isConnected, 0);
+    EXPECT_EQ(iface.ipv4, 0U);
+    EXPECT_EQ(set.iface(iface.name).address(), "0.0.0.0");
+    EXPECT_EQ(set.defaultRoutes(), std::vector<std::string>{});
+    if (iface.ipMode == _MOVO_NET_IPMODE_DHCP_) {
+        EXPECT_FALSE(set.dhcp(iface.name).running());
+        EXPECT_FALSE(set.exists(std::string("/tmp/dhcpnotify.pipe.") + iface.name));
+        EXPECT_EQ(iface.dhcpcfd, -1);
+        EXPECT_EQ(iface.dhcpcEventHandle, 0);
+    }
+}
+
 class Seed : public testing::TestWithParam<unsigned> {};
 
 TEST_P(Seed, EveryCallAtOnce)
@@ -147,10 +165,14 @@ TEST_P(Seed, EveryCallOnOneInterface)
     Applications applications(set);
     for (int count = 0; count < 2; ++count) {
         applications.repeat([](int round) { changeConfiguration("eth0", round); });
-        applications.repeat([](int round) { changeUse("eth0", round); });
+        applications.repeat([](int round) {
+            changeUse("eth0", round);
+            (void)Movo_NET_DisableIface(0, "eth0");
+        });
         applications.watch([] { readAll("eth0"); });
     }
     applications.runWithLinksChanging();
+    expectDownUnlessActive(set, *FindInterface("eth0"));
 }
 
 TEST_P(Seed, EveryCallWhileTheGlueIsStopped)

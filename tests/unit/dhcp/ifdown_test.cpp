@@ -1,6 +1,8 @@
 #include "bench.h"
 
 #include "movo_net_fg/fg.h"
+#include "movo_net_fl_eventloop/eventloop.h"
+#include "support/shared.h"
 
 #include <csignal>
 #include <sched.h>
@@ -130,30 +132,70 @@ TEST(IfDown, HandsTheRouteToTheOtherInterface)
     EXPECT_EQ(bench.set.defaultRoutes(), Lines{"10.1.0.1 dev eth1"});
 }
 
-/** The loop's thread is at a lease when another one takes the interface down; the lease must not be the last word. */
-TEST(IfDown, WhileALeaseIsTakenLeavesNoneOfIt)
-{
+class IfDownDuringALease : public testing::TestWithParam<MovoNetIPMode_e> {
+protected:
+    IfDownDuringALease()
+    {
+        bench.launch();
+        bench.iface.ipMode = GetParam();
+        bench.set.holdSleeps(500);
+        bench.set.iface("eth0").setAddress("10.0.2.15");
+        bench.set.addDefaultRoute("eth0", "10.0.2.2");
+        bench.hear("new"); // and the loop waits for the route
+        bench.set.forget();
+    }
+
     Bench bench;
-    bench.launch();
-    bench.set.holdSleeps(500);
-    bench.set.iface("eth0").setAddress("10.0.2.15");
-    bench.set.addDefaultRoute("eth0", "10.0.2.2");
-    bench.hear("new"); // and it waits for the route
-    bench.set.forget();
-    bench.set.background([&bench] { EXPECT_EQ(ifdown(&bench.iface), 0); });
-    while (only(said(bench.set), {"INFO ShutdownDhcpcd"}).empty()) {
+};
+
+/** The loop's thread is at a lease when another one takes the interface down; the lease must not be the last word. */
+TEST_P(IfDownDuringALease, LeavesNoneOfIt)
+{
+    bench.set.background([this] { EXPECT_EQ(ifdown(&bench.iface), 0); });
+    while (movonet::get(bench.iface.isActived) != 0) {
         (void)sched_yield();
     }
-    bench.set.holdSleeps(0); // it goes on
+    for (int yields = 0; yields < 1000 && bench.set.liveThreads() > 1; ++yields) {
+        (void)sched_yield(); // it goes as far as it can
+    }
+    bench.set.holdSleeps(0); // and the lease to its end
     bench.set.joinBackground();
-    EXPECT_CALLBACKS(bench.set, {{sim::IPCHANGED, "eth0"}, {sim::DHCP_SUCCESS, "eth0"}});
+    bench.set.settle();
     EXPECT_EQ(bench.iface.isActived, 0);
     EXPECT_EQ(bench.iface.isConnected, 0);
     EXPECT_EQ(bench.iface.ipv4, 0U);
     EXPECT_EQ(bench.iface.priority, 0);
-    EXPECT_EQ(bench.iface.dhcpcfd, -1);
+    EXPECT_EQ(bench.set.iface("eth0").address(), "0.0.0.0");
+    EXPECT_EQ(bench.set.defaultRoutes(), Lines{});
+    EXPECT_TRUE(bench.set.calledBack({}));
+    EXPECT_EQ(bench.iface.dhcpcfd == -1, GetParam() == _MOVO_NET_IPMODE_DHCP_);
     EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, "movo_net_fg", "ResetGwAndDns", "no connected interface\n");
 }
+
+/** The handler has looked at the interface for the last time, and goes on to connect it. */
+TEST_P(IfDownDuringALease, ComesAfterItsLastStep)
+{
+    bench.set.holdSleeps(0);
+    bench.set.settle();
+    {
+        const movonet::LoopGate handler;
+        bench.set.background([this] { EXPECT_EQ(ifdown(&bench.iface), 0); });
+        while (movonet::get(bench.iface.isActived) != 0) {
+            (void)sched_yield();
+        }
+        for (int yields = 0; yields < 1000; ++yields) {
+            (void)sched_yield(); // it goes as far as it can
+        }
+        movonet::set(bench.iface.isConnected, movonet::kTrue);
+        movonet::set(bench.iface.ipv4, 1U);
+    }
+    bench.set.joinBackground();
+    EXPECT_EQ(bench.iface.isConnected, 0);
+    EXPECT_EQ(bench.iface.ipv4, 0U);
+}
+
+INSTANTIATE_TEST_SUITE_P(Modes, IfDownDuringALease,
+                         testing::Values(_MOVO_NET_IPMODE_DHCP_, _MOVO_NET_IPMODE_AUTOIP_, _MOVO_NET_IPMODE_STATIC_));
 
 TEST(TimeMark, IsAnEmptyFile)
 {

@@ -143,6 +143,36 @@ TEST(Retry, ThatFindsAnAddressStartsTheCountAnew)
     EXPECT_EQ(ran(bench.set), Lines{});
 }
 
+TEST(Retry, ThatCannotStartTheClientIsFollowedByTheNext)
+{
+    Bench bench;
+    const auto attempts = [&] { return only(ran(bench.set), {"export"}).size(); };
+    bench.set.fail({.call = sim::Call::System, .on = "export", .nth = 1, .times = 2});
+    EXPECT_EQ(AddDhcpDownEvent(&bench.iface), 0);
+    bench.nextPass();
+    std::size_t expected = 0;
+    for (const int ticks : {10, 200, 3000}) {
+        bench.set.grantTicks(ticks - 1);
+        EXPECT_EQ(attempts(), expected);
+        bench.set.grantTicks(1);
+        EXPECT_EQ(attempts(), ++expected);
+    }
+    EXPECT_TRUE(bench.set.dhcp("eth0").running());
+    EXPECT_EQ(bench.iface.dhcpDownCount, 3) << "one that starts the client is not followed by another";
+    EXPECT_EQ(bench.iface.dhcpDownHandle, 0);
+}
+
+TEST(Retry, OfTheLastRowThatCannotStartTheClientIsTheLast)
+{
+    Bench bench;
+    bench.iface.dhcpDownCount = 6;
+    bench.set.fail({.call = sim::Call::Mkfifo, .error = EROFS});
+    EXPECT_EQ(OnDhcpDown(-1, &bench.iface, 1), 1);
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_ERROR, "movo_net_fl_common", "AddDhcpDownEvent",
+                  "dhcp down too many times, stop trying\n");
+    EXPECT_EQ(bench.iface.dhcpDownHandle, 0);
+}
+
 TEST(Retry, WithoutACableIsTheLast)
 {
     Bench bench;
@@ -173,16 +203,6 @@ TEST(Retry, KeepsStartingTheClientOfADeactivatedInterface)
     bench.set.grantTicks(10);
     EXPECT_EQ(bench.iface.isActived, 0);
     EXPECT_EQ(bench.set.dhcp("eth0").launches(), 2);
-}
-
-TEST(Retry, KeepsThatAFailedStartSchedulesNothing)
-{
-    Bench bench;
-    EXPECT_EQ(AddDhcpDownEvent(&bench.iface), 0);
-    bench.set.fail({.call = sim::Call::Mkfifo, .nth = 1, .error = EROFS});
-    bench.set.grantTicks(7000);
-    EXPECT_EQ(bench.set.dhcp("eth0").launches(), 0);
-    EXPECT_EQ(bench.iface.dhcpDownHandle, 0);
 }
 
 TEST(RetryHandler, GivesTheResultOfItsStart)

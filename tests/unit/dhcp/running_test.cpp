@@ -5,6 +5,7 @@
 
 #include <csignal>
 #include <sched.h>
+#include <thread>
 
 using namespace dhcp;
 
@@ -214,4 +215,37 @@ TEST(ClosePipe, WhileOthersOpenItLeavesNothingWatched)
     }
 }
 
+/** Does whatever another thread has leave to do at this moment: while the loop is held off, nothing. */
+void letOthersConfigure(MovoNetIface_t& iface)
+{
+    std::thread([&iface] {
+        if (movonet::eventListLock.tryLock()) {
+            movonet::eventListLock.unlock();
+            EXPECT_EQ(ConfigIP(&iface, movonet::kForce), 0);
+        }
+    }).join();
+}
+
+/** Otherwise the client of the other thread has nothing to report to. */
+TEST(ClosePipe, WhileAnotherOpensItLeavesTheNewOne)
+{
+    Bench bench;
+    bench.launch();
+    bench.set.fail(
+        {.call = sim::Call::Unlink, .on = kPipe, .nth = 1, .does = [&bench] { letOthersConfigure(bench.iface); }});
+    EXPECT_EQ(ShutdownDhcpcd(&bench.iface, movonet::kRelease), 1);
+    EXPECT_EQ(bench.set.exists(kPipe), bench.iface.dhcpcfd != -1);
+}
+
+TEST(OpenPipe, KeepsOthersOffWhileItReplacesTheFile)
+{
+    Bench bench;
+    bench.set.fail(
+        {.call = sim::Call::Unlink, .on = kPipe, .nth = 1, .does = [&bench] { letOthersConfigure(bench.iface); }});
+    EXPECT_EQ(ConfigIP(&bench.iface, movonet::kForce), 0);
+    EXPECT_EQ(bench.set.dhcp("eth0").launches(), 1);
+    bench.nextPass();
+    bench.set.dhcp("eth0").leases();
+    EXPECT_EQ(bench.iface.isConnected, 1);
+}
 } // namespace

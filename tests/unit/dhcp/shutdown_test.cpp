@@ -1,6 +1,7 @@
 #include "bench.h"
 
 #include <csignal>
+#include <unistd.h>
 
 using namespace dhcp;
 
@@ -226,6 +227,46 @@ INSTANTIATE_TEST_SUITE_P(Texts, PidOfNobody,
                                          PidText{"Huge", "99999999999999999999999\n", 2147483647},
                                          PidText{"HugeNegative", "-99999999999999999999999\n", -2147483647 - 1}),
                          [](const auto& test) { return test.param.name; });
+
+/** Processes that live and are no client of ours. */
+class PidOfNoClient : public testing::TestWithParam<bool> {
+protected:
+    PidOfNoClient()
+    {
+        bench.set.process(pid);
+        bench.set.write(kPidFile, std::to_string(pid) + "\n");
+    }
+    ~PidOfNoClient() override
+    {
+        EXPECT_EQ(bench.set.signals(), Signals{});
+        EXPECT_TRUE(bench.set.process(pid).alive());
+        EXPECT_FALSE(bench.set.exists(kPidFile));
+        EXPECT_EQ(ran(bench.set), Lines{});
+    }
+
+    const int pid = GetParam() ? getpid() : 1;
+    Bench bench;
+};
+
+TEST_P(PidOfNoClient, IsNeverSignalled)
+{
+    EXPECT_EQ(ShutdownDhcpcd(&bench.iface, movonet::kRelease), 1);
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, "movo_net_fl_common", "ShutdownDhcpcd",
+                  "ShutdownDhcpcd, dhcpcd pid=" + std::to_string(pid) + "\n");
+}
+
+TEST_P(PidOfNoClient, IsNeverSignalledToKeepTheAddress)
+{
+    EXPECT_EQ(ShutdownDhcpcd(&bench.iface, movonet::kKeepIfconfig), 1);
+}
+
+TEST_P(PidOfNoClient, IsNoRunningClient)
+{
+    EXPECT_EQ(IsDhcpcdRunning(&bench.iface), 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Processes, PidOfNoClient, testing::Bool(),
+                         [](const auto& test) { return test.param ? "Ourselves" : "TheSystem"; });
 
 /** Only the first 31 characters count. */
 class PidText4711 : public testing::TestWithParam<const char*> {};

@@ -138,6 +138,20 @@ TEST_F(LinkPass, TriesAgainAfterAFailedActivation)
     EXPECT_CALLBACKS(set, {{sim::IFFOUND, "if0"}});
 }
 
+TEST_F(LinkPass, MakesInactiveOnlyWhatAFailedActivationMadeActive)
+{
+    for (const kest_bool before : {movonet::kFalse, movonet::kTrue}) {
+        FakeIface& iface = list(before != 0 ? "if1" : "if0");
+        present(std::string(iface.record.name) + ": 0\n");
+        iface.result = 1;
+        iface.record.isActived = before;
+        iface.onActive = [&] { movonet::set(iface.record.isActived, movonet::kTrue); };
+        EXPECT_EQ(pass(), 0);
+        EXPECT_EQ(iface.record.isAvailable, 0);
+        EXPECT_EQ(iface.record.isActived, before);
+    }
+}
+
 TEST_F(LinkPass, TellsOfARemovalBeforeItDeactivates)
 {
     FakeIface& iface = list("if0");

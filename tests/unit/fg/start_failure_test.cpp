@@ -144,6 +144,36 @@ TEST_P(LoopFailure, EndsTheWaitForTheLoop)
     EXPECT_EQ(set.liveThreads(), 0);
     EXPECT_EQ(set.stop(), 0);
 }
+
+/** The first look fails, too, or else the glue would count as started. */
+TEST_P(LoopFailure, IsOverForTheNextStart)
+{
+    set.fail(GetParam());
+    set.fail(lockFault(movonet::ifaceListLock, sim::ThreadKind::Test));
+    EXPECT_EQ(Movo_NET_Glue_Init(), 1);
+    set.settle();
+    EXPECT_EQ(int_IsEventLoopInitDone(), 0);
+    EXPECT_EQ(set.liveThreads(), 0);
+    set.clearFaults();
+    expectRetryToWork(2);
+}
+
+TEST_P(LoopFailure, IsOverForTheNextStartAlsoWhenItsEndWasWaitedFor)
+{
+    set.fail(GetParam());
+    set.fail(lockFault(movonet::ifaceListLock, sim::ThreadKind::Test));
+    EXPECT_EQ(Movo_NET_Glue_Init(), 1);
+    WaitForChild2Exit();
+    EXPECT_EQ(set.liveThreads(), 0);
+    set.clearFaults();
+
+    set.cable("eth0").pull(); // its client could not be watched yet
+    set.holdLoopThread();     // it begins when it is waited for
+    ASSERT_EQ(set.start(), 0);
+    EXPECT_EQ(int_IsEventLoopInitDone(), 1);
+    expectUsers(set, 2);
+}
+
 INSTANTIATE_TEST_SUITE_P(Locks, LoopFailure,
                          testing::Values(sim::Fault{.call = sim::Call::MutexInit,
                                                     .object = &movonet::eventListLock,

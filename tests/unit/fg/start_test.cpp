@@ -149,7 +149,7 @@ TEST_F(Start, LogsUnderTheGluesCategory)
 }
 
 /** The glue cannot make the client's pipe known to a loop that is not there yet. */
-TEST_F(Start, KeepsLosingTheFirstActivationWhenTheLoopIsLate)
+TEST_F(Start, TriesTheFirstActivationAgainWhenTheLoopWasLate)
 {
     constexpr const char* kPass = "OnLinkStatusEventRev";
     set.cable("eth0").plug();
@@ -162,7 +162,7 @@ TEST_F(Start, KeepsLosingTheFirstActivationWhenTheLoopIsLate)
     EXPECT_LOGGED(set, KEST_LEVEL_ERROR, "movo_net_fl_common", "ConfigIP", "can not addevent\n");
     const MovoNetIface_t* eth0 = FindInterface("eth0");
     ASSERT_NE(eth0, nullptr);
-    EXPECT_EQ(eth0->isActived, 1);
+    EXPECT_EQ(eth0->isActived, 0);
     EXPECT_EQ(eth0->isAvailable, 0);
     EXPECT_EQ(eth0->isEnabled, 0);
     EXPECT_CALLBACKS(set, {});
@@ -176,11 +176,35 @@ TEST_F(Start, KeepsLosingTheFirstActivationWhenTheLoopIsLate)
               (std::vector<std::string>{"link:interface available, start to active iface eth0\n"}));
     EXPECT_CALLBACKS(set, {{sim::IFFOUND, "eth0"}});
     EXPECT_EQ(eth0->isEnabled, 1);
-    EXPECT_TRUE(set.commands().empty()) << "it counts as brought up already";
-    set.grantTicks(10000);
+    EXPECT_EQ(eth0->isActived, 1);
+    EXPECT_EQ(set.dhcp("eth0").launches(), 1);
+    EXPECT_TRUE(set.dhcp("eth0").running());
+}
+
+/** The first activation of eth0, in which one step of starting the client fails. */
+class FailedActivation : public testing::TestWithParam<sim::Fault> {};
+
+TEST_P(FailedActivation, IsTriedAgainByTheNextPass)
+{
+    sim::Set set;
+    set.cable("eth0").plug();
+    set.fail(GetParam());
+    ASSERT_EQ(set.start(), 0);
+    EXPECT_LOGGED(set, KEST_LEVEL_ERROR, kFg, "OnLinkStatusEventRev", "link:activate eth0 failed\n");
     EXPECT_FALSE(set.dhcp("eth0").running());
     EXPECT_CALLBACKS(set, {});
+
+    linkPass(set);
+    EXPECT_TRUE(set.dhcp("eth0").running());
+    EXPECT_CALLBACKS(set, {{sim::IFFOUND, "eth0"}});
+    set.dhcp("eth0").leases();
+    EXPECT_EQ(FindInterface("eth0")->isConnected, 1);
 }
+
+INSTANTIATE_TEST_SUITE_P(Steps, FailedActivation,
+                         testing::Values(sim::Fault{.call = sim::Call::Mkfifo, .nth = 1, .error = EROFS},
+                                         sim::Fault{.call = sim::Call::System, .on = "chmod", .nth = 1},
+                                         sim::Fault{.call = sim::Call::System, .on = "export", .nth = 1}));
 
 TEST_F(Start, RecoversALostFirstActivationWhenTheCableComesAgain)
 {

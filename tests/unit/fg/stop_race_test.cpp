@@ -84,9 +84,34 @@ TEST_F(StopRace, LatePassLeavesNothingListed)
     waitForInside();
     EXPECT_EQ(set.stop(), 0);
     time.join();
-    EXPECT_RAN(set, "netcfg eth0 up");
+    EXPECT_NOT_RAN(set, "netcfg eth0 up");
+    EXPECT_EQ(timesLogged(set, "new interface eth0\n"), 0);
+    EXPECT_EQ(set.dhcp("eth0").launches(), 0);
     EXPECT_TRUE(listedInterfaces().empty());
     EXPECT_EQ(Movo_NET_IsInitializationDone(0), 0);
+    EXPECT_EQ(set.liveThreads(), 0);
+}
+
+/** The stop waits for the list, which the pass holds while it looks at the links. */
+TEST_F(StopRace, LatePassActivatesNothing)
+{
+    set.addIface("eth1");
+    ASSERT_EQ(set.start(), 0);
+    letPassBeDue(set);
+    set.forget();
+    set.cable("eth0").pull();
+    set.cable("eth1").plug();
+    set.onCallback([this](MovoNetCBReason_e, void*) { // eth0 is gone, and eth1 comes next
+        inside = true;
+        waitUntil([] { return movonet::get(movonet::s_bThreadTerminating) != 0; });
+    });
+    std::thread time([this] { set.grantTicks(1); });
+    waitForInside();
+    EXPECT_EQ(set.stop(), 0);
+    time.join();
+    EXPECT_CALLBACKS(set, {{sim::IFREMOVED, "eth0"}});
+    EXPECT_NOT_RAN(set, "netcfg eth1 up");
+    EXPECT_EQ(set.dhcp("eth1").launches(), 0);
     EXPECT_EQ(set.liveThreads(), 0);
 }
 

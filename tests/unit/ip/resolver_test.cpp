@@ -131,14 +131,27 @@ TEST_F(Resolver, TakesTheKeyToTheLetter)
     EXPECT_EQ(told(set), Lines{});
 }
 
-// The longest words that are read in one piece: 31 characters of the first, 19 of the second.
-TEST_F(Resolver, ReadsALongerWordInPieces)
+// The longest words that are kept whole: 31 characters of the first, 19 of the second.
+TEST_F(Resolver, SkipsTheRestOfALongerWord)
 {
     const std::string full(31, 'k');
-    expectOne(full + " " + std::string(19, 'v') + "\nnameserver 8.8.8.8\n", "8.8.8.8");
-    expectOne(full + "k\nnameserver 8.8.8.8\n", "8.8.8.8");
-    expectNone("search " + std::string(20, 'v') + "\nnameserver 8.8.8.8\n");
-    expectOne("search " + std::string(19 + 31, 'v') + " v nameserver 8.8.8.8\n", "8.8.8.8");
+    for (const std::string& line : {full + " " + std::string(19, 'v'), full + "k v", "search " + std::string(20, 'v'),
+                                    "search " + std::string(19 + 31, 'v')}) {
+        expectOne(line + "\nnameserver 8.8.8.8\n", "8.8.8.8");
+    }
+    expectNone(full + "k\nnameserver 8.8.8.8\n"); // the second word of the pair is missing
+    expectNone("nameserver" + full + " 8.8.8.8\n");
+    EXPECT_EQ(told(set), Lines{});
+}
+
+TEST_F(Resolver, WithALongIpv6ServerFirstHasTheOneAfterIt)
+{
+    expectOne("nameserver 2001:db8:85a3:0:0:8a2e:370:7334\nnameserver 8.8.8.8\n", "8.8.8.8");
+    EXPECT_EQ(told(set), Lines{kNotAnAddress});
+    expectTwo("nameserver fe80::1ff:fe23:4567:890a%eth0\nnameserver 8.8.8.8\nnameserver 2001:db8::1234:5678:9abc\n"
+              "nameserver 8.8.4.4\n",
+              "8.8.8.8", "8.8.4.4");
+    EXPECT_EQ(told(set), (Lines{kNotAnAddress, kNotAnAddress}));
 }
 
 TEST_F(Resolver, OfOneEndlessWordHasNoServers)
@@ -156,7 +169,7 @@ TEST_F(Resolver, OfBinaryBytesHasNoServers)
         }
     }
     expectNone(bytes);
-    expectOne(bytes + "\nnameserver 8.8.8.8\n" + bytes, "8.8.8.8"); // a hundred pairs of pieces before it
+    expectOne(bytes + " " + bytes + "\nnameserver 8.8.8.8\n" + bytes, "8.8.8.8");
 }
 
 TEST_F(Resolver, ThatIsMissingIsTold)

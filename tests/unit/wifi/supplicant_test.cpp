@@ -1,6 +1,7 @@
 #include "bench.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 using namespace wifi;
 using namespace movonet;
@@ -59,6 +60,19 @@ INSTANTIATE_TEST_SUITE_P(
                     PidCase{"1\n", "", "wpa_supplicant pid=1\n"}, PidCase{"rubbish", "", "wpa_supplicant pid=0\n"},
                     PidCase{"", "", nullptr}, PidCase{"99999999999999999999", "", "wpa_supplicant pid=0\n"},
                     PidCase{"                              45", "kill -9 4", "wpa_supplicant pid=4\n"}));
+
+TEST(OurOwnPid, IsNotKilledAsTheSupplicants)
+{
+    Bench bench;
+    bench.supplicant.replies["TERMINATE"] = {"FAIL\n"};
+    const std::string pid = std::to_string(getpid());
+    bench.set.write("/tmp/wpa_supplicant_mlan0.pid", pid + "\n");
+    bench.set.onCommand("kill -9").prints("");
+    EXPECT_EQ(ShutdownWpactrl(&bench.iface), 0);
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kModule, "Wpa_SetWpa_supplicantOff", "wpa_supplicant pid=" + pid + "\n");
+    EXPECT_TRUE(bench.set.commands().empty());
+    EXPECT_EQ(bench.supplicant.closed, 2);
+}
 
 TEST(SupplicantAtBoot, IsAdoptedWithinTwelveFailures)
 {

@@ -1,6 +1,11 @@
 #include "bench.h"
 
+#include "movo_net_fl_eventloop/eventloop.h"
+#include "support/shared.h"
+
+#include <atomic>
 #include <gtest/gtest.h>
+#include <sched.h>
 
 using namespace wifi;
 using namespace movonet;
@@ -226,6 +231,28 @@ TEST(RemoveNetwork, ClearsTheAddressOfAnotherModeThanDhcp)
         EXPECT_RAN(bench.set, "ifconfig mlan0 0.0.0.0");
         bench.set.forget();
     }
+}
+
+/** While a thread holds the loop off, as a handler does that is at a lease, another one leaves the network. */
+TEST(RemoveNetwork, DuringALeaseLeavesNoneOfIt)
+{
+    Bench bench;
+    bench.iface.ipMode = _MOVO_NET_IPMODE_AUTOIP_;
+    std::atomic<bool> addressGone = false;
+    bench.set.onCommand("ifconfig").does([&] { addressGone = true; });
+    {
+        const LoopGate handler;
+        bench.set.background([&] { EXPECT_EQ(int_Movo_Net_Wpactrl_RemoveNetwork(&bench.iface), 0); });
+        while (!addressGone) {
+            (void)sched_yield();
+        }
+        for (int yields = 0; yields < 1000 && bench.set.liveThreads() > 1; ++yields) {
+            (void)sched_yield(); // it goes as far as it can
+        }
+        movonet::set(bench.iface.isConnected, kTrue);
+    }
+    bench.set.joinBackground();
+    EXPECT_EQ(bench.iface.isConnected, 0);
 }
 
 TEST(RemoveNetwork, GoesOnWhenTheSupplicantRefuses)
