@@ -98,7 +98,8 @@ RETURN_TYPE int_Movo_Net_Wpactrl_WPSGetPIN(MovoNetIface_t* pIface, char* pin, in
         NET_ERROR("Wpactrl_SendCommand failed\n");
         return result;
     }
-    if (bufnum <= 0 || std::strlen(reply.text) >= static_cast<std::size_t>(bufnum)) {
+    // After a time-out the length is the room of the whole buffer, so that an empty text is not taken for a PIN.
+    if (bufnum <= 0 || reply.length >= static_cast<std::size_t>(bufnum)) {
         NET_ERROR("pin strlen too long");
         return kFail;
     }

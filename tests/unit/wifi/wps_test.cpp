@@ -185,6 +185,18 @@ TEST(GeneratedPin, NeverFitsABufferOfNoSize)
     EXPECT_EQ(pin, '\0');
 }
 
+TEST(GeneratedPin, IsNoneWhenTheLinkWasReopenedForIt)
+{
+    Bench bench;
+    bench.supplicant.results = {0, -2}; // the removal works, the request times out and the reconnection works
+    char pin[9] = "########";
+    EXPECT_EQ(int_Movo_Net_Wpactrl_WPSGetPIN(&bench.iface, pin, sizeof(pin)), 1);
+    EXPECT_EQ(bench.supplicant.opened.size(), 3U);
+    EXPECT_EQ(errors(bench.set), (Lines{"Wpactrl_SendCmd: wpa_ctrl_request time out\n",
+                                        "int_Movo_Net_Wpactrl_WPSGetPIN: pin strlen too long"}));
+    EXPECT_STREQ(pin, "########");
+}
+
 TEST(GeneratedPin, KeepsTheNameThatItsFailureHas)
 {
     Bench bench;
