@@ -1,3 +1,4 @@
+#include "movo_net_fl_eventloop/eventloop.h"
 #include "movo_net_fl_wifi/wifi.h"
 #include "movo_net_fl_wpactrl/connect.h"
 #include "support/log.h"
@@ -32,6 +33,7 @@ void removeNetwork(MovoNetIface_t* pIface, CallSite at)
 /** From now on the events teach which network is joined. */
 RETURN_TYPE enterWpsMode(Wpactrl_t* w, CallSite at)
 {
+    const LoopGate gate; // no event is read between the state and the mode
     (void)Wpactrl_Add_ConnectEvent(w, kWpsTimeoutTicks);
     const ScopedLock lock(w->lock);
     if (!lock) {
