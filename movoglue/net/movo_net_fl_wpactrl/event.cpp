@@ -30,6 +30,8 @@ struct Link {
 
     /** Tells whether the connection that is being drained is still the link's. */
     bool open() const { return get(w.generation) == generation && get(w.mon_conn) != nullptr; }
+    /** Tells whether the network still is the joined one: callbacks may leave it, or begin to join another. */
+    bool joined() const { return open() && get(w.connectStatus) == WPACTRL_STATUS_CONNECTED; }
     Drain outcome() const { return open() ? Drain::GoOn : Drain::Stop; }
 };
 
@@ -125,6 +127,17 @@ Drain recordJoined(Link& link)
     return Drain::GoOn;
 }
 
+/** Reports, configures and remembers the network that was joined, as long as callbacks do not end that. */
+Drain bringUp(Link& link)
+{
+    (void)NotifyApp(_MOVO_NET_CALLBACK_IFCONNECTED_, link.iface);
+    if (!link.joined()) {
+        return link.outcome(); // bringing up what the callback has taken down would leave it active without a network
+    }
+    (void)ifup(link.iface);
+    return link.joined() ? recordJoined(link) : link.outcome();
+}
+
 Drain onConnected(Link& link)
 {
     Wpactrl_t& w = link.w;
@@ -133,19 +146,11 @@ Drain onConnected(Link& link)
     NET_LOG_AT(link.at, KEST_LEVEL_INFO, "connected\n");
     set(w.handshake_fail_count, 0);
     set(w.disconnect_count, 0);
-    (void)NotifyApp(_MOVO_NET_CALLBACK_IFCONNECTED_, link.iface);
-    if (!link.open()) {
-        return Drain::Stop; // bringing up what the callback has taken down would leave it active without a link
+    const Drain outcome = bringUp(link);
+    if (outcome == Drain::GoOn) {
+        removeTimer(w.firstConnectHandle); // also of a network that was left again: nothing is to rejoin it
     }
-    (void)ifup(link.iface);
-    if (!link.open()) {
-        return Drain::Stop;
-    }
-    if (const Drain recorded = recordJoined(link); recorded != Drain::GoOn) {
-        return recorded;
-    }
-    removeTimer(w.firstConnectHandle);
-    return Drain::GoOn;
+    return outcome;
 }
 
 Drain onHandshakeFailed(Link& link)
