@@ -231,6 +231,7 @@ RETURN_TYPE int_Movo_Net_Wpactrl_Connect(MovoNetIface_t* pIface, MovNetWifiEssIt
     }
     const MovNetWifiEssItem_t ess = copyEss(*pEss); // the caller's may be a line of the table, which a scan replaces
     NET_INFO("try to connect to esss [%s]\n", ess.essid);
+    endHiddenSearch(*w);
     if (int_Movo_Net_Wpactrl_RemoveNetwork(pIface) != kOk) {
         NET_INFO("[REMOVE_NETWORK] failed\n");
     }

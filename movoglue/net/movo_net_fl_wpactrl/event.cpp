@@ -203,6 +203,16 @@ Drain onMessageWhileConnected(Link& link, std::string_view message)
     return link.outcome();
 }
 
+/** Removes the network of a hidden search; where a retry has made a connection of it, that goes, too. */
+void removeSearched(Link& link)
+{
+    if (get(link.w.connectStatus) == WPACTRL_STATUS_NONE) {
+        (void)Wpactrl_ExecCmd(&link.w, "REMOVE_NETWORK ALL");
+    } else {
+        (void)int_Movo_Net_Wpactrl_RemoveNetwork(link.iface);
+    }
+}
+
 Drain checkScanEnd(Link& link, std::string_view message)
 {
     Wpactrl_t& w = link.w;
@@ -214,7 +224,7 @@ Drain checkScanEnd(Link& link, std::string_view message)
     removeTimer(w.scanTimerEventHandle);
     set(w.isScanning, kFalse);
     if (get(w.isSearchingHideEss)) {
-        (void)Wpactrl_ExecCmd(&w, "REMOVE_NETWORK ALL");
+        removeSearched(link);
         set(w.isSearchingHideEss, kFalse);
     }
     NET_LOG_AT(link.at, KEST_LEVEL_INFO, "scan done\n");

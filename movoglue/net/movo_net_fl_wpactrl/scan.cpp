@@ -87,12 +87,16 @@ RETURN_TYPE updateTable(MovoNetWifi_t& wifi, const Wpactrl_t& w, CallSite at)
     return kOk;
 }
 
-/** Ends a scan for the time-out; a hidden search's network goes with it. */
-void reportScanEnd(MovoNetIface_t* pIface, Wpactrl_t& w)
+/**
+ * Ends a scan for the time-out; a hidden search's network goes with it. `lock` is the link's: a join on another thread
+ * ends the search before that or comes after it.
+ */
+void reportScanEnd(MovoNetIface_t* pIface, Wpactrl_t& w, ScopedLock& lock)
 {
     if (get(w.isSearchingHideEss)) {
         (void)int_Movo_Net_Wpactrl_RemoveNetwork(pIface);
     }
+    lock.unlock();
     (void)NotifyApp(_MOVO_NET_CALLBACK_WIFISCANDONE_, pIface);
     set(w.isScanning, kFalse); // Deliberate: after the callback, so that a scan it started is not reported.
     set(w.isSearchingHideEss, kFalse);
@@ -133,9 +137,8 @@ RETURN_TYPE OnScanTimeoutEventRev(int /*fd*/, void* data, kest_bool /*isTimeout*
         NET_ERROR("lock wpactrl mutex failed\n");
         return kFail;
     }
-    lock.unlock();
     if (get(w->isScanning)) {
-        reportScanEnd(pIface, *w);
+        reportScanEnd(pIface, *w, lock);
     }
     return kOk;
 }

@@ -25,6 +25,7 @@ RETURN_TYPE checkLink(MovoNetIface_t* pIface, CallSite at)
 
 void removeNetwork(MovoNetIface_t* pIface, CallSite at)
 {
+    endHiddenSearch(*wpactrl_iface(pIface));
     if (int_Movo_Net_Wpactrl_RemoveNetwork(pIface) != kOk) {
         NET_LOG_AT(at, KEST_LEVEL_ERROR, "[REMOVE_NETWORK] failed\n");
     }
