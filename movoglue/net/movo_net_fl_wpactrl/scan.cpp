@@ -1,3 +1,4 @@
+#include "movo_net_fl_eventloop/eventloop.h"
 #include "movo_net_fl_wifi/wifi.h"
 #include "movo_net_fl_wpactrl/channel.h"
 #include "movo_net_fl_wpactrl/scan_table.h"
@@ -101,6 +102,15 @@ void reportScanEnd(MovoNetIface_t* pIface, Wpactrl_t& w, ScopedLock& lock)
     set(w.isScanning, kFalse); // Deliberate: after the callback, so that a scan it started is not reported.
     set(w.isSearchingHideEss, kFalse);
 }
+
+/** A scan that has not begun runs no longer, unless an earlier one does, or a new time-out reports the failure. */
+void takeBackScan(Wpactrl_t& w, kest_bool wasScanning, std::int32_t timer)
+{
+    const std::int32_t armed = get(w.scanTimerEventHandle);
+    if (!wasScanning && (armed == 0 || armed == timer)) {
+        set(w.isScanning, kFalse);
+    }
+}
 } // namespace
 
 RETURN_TYPE int_Movo_Net_Wpactrl_Scan(MovoNetIface_t* pIface)
@@ -109,13 +119,21 @@ RETURN_TYPE int_Movo_Net_Wpactrl_Scan(MovoNetIface_t* pIface)
         return result;
     }
     Wpactrl_t* w = wpactrl_iface(pIface);
+    const std::int32_t timer = get(w->scanTimerEventHandle);
+    const kest_bool wasScanning = take(w->isScanning, kTrue); // its results may be faster than the reply
     if (const RETURN_TYPE result = Wpactrl_ExecCmd(w, "SCAN"); result != kOk) {
         NET_ERROR("[SCAN] failed\n");
+        takeBackScan(*w, wasScanning, timer);
         return result;
+    }
+    const LoopGate gate; // the results are read before this, and reported, or after the time-out is armed
+    if (!get(w->isScanning)) {
+        return kOk;
     }
     const RETURN_TYPE result = Wpactrl_Add_ScanEvent(w, kScanTicks);
     if (result != kOk) {
         NET_ERROR("add scan time out event failed\n");
+        takeBackScan(*w, wasScanning, timer);
     }
     return result;
 }

@@ -24,6 +24,20 @@ void readNow(Bench& bench, const char* message)
     bench.set.joinBackground();
 }
 
+/** Tells whether the loop could run a handler now. */
+bool loopIsFree(Bench& bench)
+{
+    bool isFree = false;
+    bench.set.background([&isFree] {
+        isFree = eventListLock.tryLock();
+        if (isFree) {
+            eventListLock.unlock();
+        }
+    });
+    bench.set.joinBackground();
+    return isFree;
+}
+
 /** `message` arrives right after the reply to `command`. */
 void arrivesAfter(Bench& bench, const std::string& command, const char* message)
 {
@@ -96,17 +110,83 @@ TEST(EarlyEvent, OfWpsIsReadOnceItsModeIsSet)
     bool keptOff = false;
     bench.set.onLog([&](const sim::LogLine& line) {
         if (line.text == "add connect timer event\n") {
-            bench.set.background([&keptOff] {
-                keptOff = !eventListLock.tryLock();
-                if (!keptOff) {
-                    eventListLock.unlock();
-                }
-            });
-            bench.set.joinBackground();
+            keptOff = !loopIsFree(bench);
         }
     });
     EXPECT_EQ(int_Movo_Net_Wpactrl_WPSPBC(&bench.iface), 0);
     EXPECT_TRUE(keptOff) << "a handler would find the state without the mode";
     EXPECT_EQ(bench.link().connectStatus, WPACTRL_STATUS_CONNECTING);
     EXPECT_EQ(bench.link().isWpsMode, 1);
+}
+
+namespace {
+/** The results of a scan are read while its command is on its way. */
+void scanWithEarlyResults(Bench& bench)
+{
+    bench.set.onLog([&bench](const sim::LogLine& line) {
+        if (line.text == "command: SCAN\n") {
+            EXPECT_EQ(bench.hear({kResults}), 0);
+        }
+    });
+}
+} // namespace
+
+TEST(EarlyEvent, OfAScanEndsIt)
+{
+    Bench bench;
+    scanWithEarlyResults(bench);
+    EXPECT_EQ(int_Movo_Net_Wpactrl_Scan(&bench.iface), 0);
+    EXPECT_CALLBACKS(bench.set, {{sim::WIFISCANDONE, "mlan0"}});
+    EXPECT_EQ(bench.link().isScanning, 0);
+    EXPECT_EQ(bench.link().scanTimerEventHandle, 0);
+    EXPECT_EQ(bench.hear({kResults}), 0);
+    bench.set.grantTicks(400);
+    EXPECT_CALLBACKS(bench.set, {}) << "once";
+}
+
+TEST(EarlyEvent, RightAfterTheReplyToAScanEndsItOnce)
+{
+    Bench bench;
+    arrivesAfter(bench, "SCAN", kResults);
+    EXPECT_EQ(int_Movo_Net_Wpactrl_Scan(&bench.iface), 0);
+    (void)bench.hear({});
+    EXPECT_CALLBACKS(bench.set, {{sim::WIFISCANDONE, "mlan0"}});
+    bench.set.grantTicks(400);
+    EXPECT_CALLBACKS(bench.set, {});
+}
+
+TEST(EarlyEvent, MeetsNoScanHalfArmed)
+{
+    Bench bench;
+    bool keptOff = false;
+    bench.set.onLog([&](const sim::LogLine& line) {
+        if (line.text == "add scan timer event\n") {
+            keptOff = !loopIsFree(bench);
+        }
+    });
+    EXPECT_EQ(int_Movo_Net_Wpactrl_Scan(&bench.iface), 0);
+    EXPECT_TRUE(keptOff) << "a scan that has ended would be marked again";
+    EXPECT_EQ(bench.link().isScanning, 1);
+}
+
+TEST(RefusedScan, IsNoneThatRuns)
+{
+    Bench bench;
+    bench.supplicant.replies["SCAN"] = {"FAIL\n"};
+    bench.supplicant.onCommand = [&bench](const std::string&) { EXPECT_EQ(bench.link().isScanning, 1); };
+    EXPECT_EQ(int_Movo_Net_Wpactrl_Scan(&bench.iface), 1);
+    EXPECT_EQ(bench.link().isScanning, 0);
+    EXPECT_EQ(bench.hear({kResults}), 0);
+    EXPECT_CALLBACKS(bench.set, {});
+}
+
+TEST(RefusedScan, LeavesTheOneBeforeItRunning)
+{
+    Bench bench;
+    bench.supplicant.replies["SCAN"] = {"OK\n", "FAIL\n"};
+    EXPECT_EQ(int_Movo_Net_Wpactrl_Scan(&bench.iface), 0);
+    EXPECT_EQ(int_Movo_Net_Wpactrl_Scan(&bench.iface), 1);
+    EXPECT_EQ(bench.link().isScanning, 1);
+    EXPECT_EQ(bench.hear({kResults}), 0);
+    EXPECT_CALLBACKS(bench.set, {{sim::WIFISCANDONE, "mlan0"}});
 }
