@@ -21,6 +21,9 @@ constexpr int kScanTicks = 300;
 constexpr const char* kResultFile = "/tmp/wpa_scan_result";
 constexpr std::string_view kHeader = "bssid / frequency / signal level / flags / ssid";
 
+/** Held while the file has one update's results, until they are read. Nothing is taken while it is held. */
+Mutex s_resultFileLock{Mutex::Kind::Plain};
+
 // The ones below are steps of int_Movo_Net_Wpactrl_ScanResult and speak for it.
 
 RETURN_TYPE requestResults(Wpactrl_t* w, Reply& reply, CallSite at)
@@ -51,16 +54,18 @@ RETURN_TYPE writeResults(const Reply& reply, CallSite at)
     return kOk;
 }
 
-RETURN_TYPE readResults(MovoNetWifi_t& wifi, CallSite at)
+/** Puts the results into the file and reads them from there; `read` is false when it cannot be opened again. */
+RETURN_TYPE passThroughFile(const Reply& reply, ScanTable& table, bool& read, CallSite at)
 {
-    const UniqueFile file(kResultFile, "re");
-    if (!file) {
-        NET_LOG_AT(at, KEST_LEVEL_ERROR, "Could not open scan result file.\n");
+    const ScopedLock lock(s_resultFileLock);
+    if (writeResults(reply, at) != kOk) {
         return kFail;
     }
-    ScanTable table;
-    table.read(file.get());
-    publishEsss(wifi, table.esss(), table.count());
+    const UniqueFile file(kResultFile, "re");
+    read = static_cast<bool>(file);
+    if (read) {
+        table.read(file.get());
+    }
     return kOk;
 }
 
@@ -74,16 +79,23 @@ void listJoined(MovoNetWifi_t& wifi, const Wpactrl_t& w)
     }
 }
 
-RETURN_TYPE updateTable(MovoNetWifi_t& wifi, const Wpactrl_t& w, CallSite at)
+RETURN_TYPE updateTable(MovoNetWifi_t& wifi, const Wpactrl_t& w, const Reply& reply, CallSite at)
 {
+    ScanTable table;
+    bool read = false;
+    if (passThroughFile(reply, table, read, at) != kOk) {
+        return kFail;
+    }
     ScopedLock lock(wifi.lock);
     if (!lock) {
-        NET_LOG_AT(at, KEST_LEVEL_ERROR, "lock failed\n"); // Deliberate: the reading goes on without it.
+        NET_LOG_AT(at, KEST_LEVEL_ERROR, "lock failed\n"); // Deliberate: the update goes on without it.
     }
-    if (readResults(wifi, at) != kOk) {
+    if (!read) {
+        NET_LOG_AT(at, KEST_LEVEL_ERROR, "Could not open scan result file.\n");
         lock.leaveLocked(); // Deliberate: a result file that cannot be read again returns with the lock held.
         return kFail;
     }
+    publishEsss(wifi, table.esss(), table.count());
     listJoined(wifi, w);
     return kOk;
 }
@@ -197,7 +209,7 @@ RETURN_TYPE int_Movo_Net_Wpactrl_ScanResult(MovoNetIface_t* pIface)
     if (const RETURN_TYPE result = requestResults(w, reply, NET_HERE); result != kOk) {
         return result;
     }
-    if (writeResults(reply, NET_HERE) != kOk || updateTable(*wifi_iface(pIface), *w, NET_HERE) != kOk) {
+    if (updateTable(*wifi_iface(pIface), *w, reply, NET_HERE) != kOk) {
         return kFail;
     }
     (void)NotifyApp(_MOVO_NET_CALLBACK_WIFIESSSUPDATED_, pIface);

@@ -1,6 +1,7 @@
 #include "bench.h"
 
 #include <gtest/gtest.h>
+#include <sched.h>
 
 // Threads that meet at the table of networks: what one replaces while another is half way.
 
@@ -59,4 +60,31 @@ TEST(ReplacedTable, TakesNoPriorityForANetworkThatIsGone)
 {
     Replaced bench;
     EXPECT_EQ(int_Movo_NET_WifiSetPriorityEss(&bench.iface, "Net", 7), 1);
+}
+
+namespace {
+constexpr const char* kFile = "/tmp/wpa_scan_result";
+const std::string kTable =
+    "bssid / frequency / signal level / flags / ssid\n02:00:00:00:01:00\t2412\t-40\t[ESS]\tNet\n";
+} // namespace
+
+TEST(ResultFile, IsNotEmptiedByAnotherUpdateBeforeItIsRead)
+{
+    Bench bench;
+    bench.supplicant.replies["SCAN_RESULTS"] = {kTable};
+    {
+        const ScopedLock table(bench.wifi().lock); // where the first update waits with its results in the file
+        bench.set.background([&bench] { EXPECT_EQ(int_Movo_Net_Wpactrl_ScanResult(&bench.iface), 0); });
+        while (!bench.set.exists(kFile) || bench.set.read(kFile) != kTable) {
+            (void)sched_yield();
+        }
+        bench.set.fail({.call = sim::Call::Write, .on = kFile, .nth = 1, .error = ENOSPC});
+        const sim::CapturedOutput output;
+        EXPECT_EQ(int_Movo_Net_Wpactrl_ScanResult(&bench.iface), 1);
+        EXPECT_EQ(bench.set.read(kFile), "");
+    }
+    bench.set.joinBackground();
+    ASSERT_EQ(bench.wifi().esss_num, 1);
+    EXPECT_STREQ(bench.wifi().esss[0].essid, "Net");
+    EXPECT_CALLBACKS(bench.set, {{sim::WIFIESSSUPDATED, "mlan0"}});
 }
