@@ -35,6 +35,12 @@ std::vector<LogLine> Set::log() const
     return world().records.log;
 }
 
+void Set::onLog(std::function<void(const LogLine&)> action)
+{
+    const Hold hold;
+    world().records.onLog = std::move(action);
+}
+
 std::ostream& operator<<(std::ostream& out, const LogLine& line)
 {
     out << line.level << " " << line.category << " " << line.module << " " << line.function << ":" << line.line
@@ -61,8 +67,16 @@ extern "C" void __wrap_kest_debug_log(kest_debug_category* category, int level, 
     va_start(arguments, pattern);
     std::string text = format(pattern, arguments); // reads the caller's memory, for the sanitizers to see
     va_end(arguments);
-    const Hold hold;
-    world().records.log.push_back(
-        {level, kest_debug_category_name(category), file, function, line, std::move(text), self().kind});
+    std::function<void(const LogLine&)> action;
+    LogLine logged{level, kest_debug_category_name(category), file, function, line, std::move(text), ThreadKind::Any};
+    {
+        const Hold hold;
+        logged.thread = self().kind;
+        world().records.log.push_back(logged);
+        action = world().records.onLog;
+    }
+    if (action) {
+        action(logged);
+    }
     errno = error;
 }

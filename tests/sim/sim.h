@@ -122,6 +122,10 @@ public:
     /** The same for a watcher that stands beside whatever the test does in a callback; called before that. */
     void watchCallbacks(std::function<void(MovoNetCBReason_e, void*)> watcher);
 
+    /** Also called on each line that is logged, on its thread, after it was recorded; nothing of the set is locked.
+     * With it a test does something at a chosen place of the product. */
+    void onLog(std::function<void(const LogLine&)> action);
+
     // --- Faults ---
 
     /** Returns a number for `hits`. */

@@ -131,6 +131,7 @@ struct Processes {
 struct Records {
     std::vector<Command> commands;
     std::vector<LogLine> log;
+    std::function<void(const LogLine&)> onLog;
     std::vector<Called> callbacks;
     std::size_t callbacksTaken = 0; ///< Already compared.
     std::vector<Signal> signals;

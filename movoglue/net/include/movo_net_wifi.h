@@ -60,8 +60,8 @@ RETURN_TYPE Movo_NET_WifiUpdateEsss(kest_sint32 appid, const char* ifname);
  * @retval 5  No name, or an interface without Wi-Fi back end.
  *
  * @par Threads    Any, also from inside the callback. Waits for the supplicant's answer.
- * @par Locks      ifaceListLock during the look-up; then those of the link to the supplicant, and eventListLock while a
- * timer is replaced, an address given back or the callback called.
+ * @par Locks      ifaceListLock during the look-up; then those of the link to the supplicant, and eventListLock while
+ * the network is enabled, a timer replaced, an address given back or the callback called.
  * @par Callbacks  IFCONNECTED, then those of the address; or WIFIBADKEY; or WIFITIMEOUT after 30 s.
  */
 RETURN_TYPE Movo_NET_WifiConnectEss(kest_sint32 appid, const char* ifname, const char* essid);

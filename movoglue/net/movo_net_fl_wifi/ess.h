@@ -71,23 +71,24 @@ void publishEsss(MovoNetWifi_t& wifi, const MovNetWifiEssItem_t (&esss)[MOVO_NET
 /** Copies the first scanned network of that name; false, logged by get_essid_index, when there is none. */
 bool findScannedEss(MovoNetWifi_t& wifi, const char* essid, MovNetWifiEssItem_t& ess);
 
-/** Changes the first scanned network of that name, if there still is one. */
+/** Changes the first scanned network of that name; false when there is none (any more). */
 template <typename Change>
-void changeEss(MovoNetWifi_t& wifi, const char* essid, Change change);
+[[nodiscard]] bool changeEss(MovoNetWifi_t& wifi, const char* essid, Change change);
 
 /** Tells whether both names are equal over the 32 bytes that a name has. */
 bool sameEssid(const char* left, const char* right);
 
 template <typename Change>
-void changeEss(MovoNetWifi_t& wifi, const char* essid, Change change)
+bool changeEss(MovoNetWifi_t& wifi, const char* essid, Change change)
 {
     const ScopedLock lock(essTableLock);
     for (int index = 0; index < wifi.esss_num; ++index) {
         if (sameEssid(wifi.esss[index].essid, essid)) {
             change(wifi.esss[index]);
-            return;
+            return true;
         }
     }
+    return false;
 }
 } // namespace movonet
 

@@ -50,11 +50,12 @@ RETURN_TYPE int_Movo_NET_WifiSetKey(MovoNetIface_t* pIface, const char* essid, c
         return kFail;
     }
     const auto length = static_cast<std::size_t>(len);
-    changeEss(wifi, essid, [key, length](MovNetWifiEssItem_t& ess) {
+    // Another thread may have replaced the table since the look-up.
+    const bool found = changeEss(wifi, essid, [key, length](MovNetWifiEssItem_t& ess) {
         copyPadded(ess.Key, key, length);
         ess.Key[length] = '\0';
     });
-    return kOk;
+    return found ? kOk : kFail;
 }
 
 RETURN_TYPE int_Movo_NET_WifiGetKey(MovoNetIface_t* pIface, const char* essid, char* key, std::int32_t* len)

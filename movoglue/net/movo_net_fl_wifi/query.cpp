@@ -229,8 +229,9 @@ RETURN_TYPE int_Movo_NET_WifiSetPriorityEss(MovoNetIface_t* pIface, const char* 
         NET_ERROR("lock wifi Iface failed\n");
         return kFail;
     }
-    changeEss(wifi, essid, [priority](MovNetWifiEssItem_t& ess) { ess.priority = priority; });
-    return kOk;
+    // Another thread may have replaced the table since the look-up.
+    const bool found = changeEss(wifi, essid, [priority](MovNetWifiEssItem_t& ess) { ess.priority = priority; });
+    return found ? kOk : kFail;
 }
 
 RETURN_TYPE int_Movo_NET_WifiConnectEss(MovoNetIface_t* pIface, const char* essid)

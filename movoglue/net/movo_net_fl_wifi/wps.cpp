@@ -37,6 +37,9 @@ RETURN_TYPE startWps(MovoNetIface_t* pIface, MovoNetWifiWPSMode_e& mode, const c
     case _MOVO_NET_WIFI_WPS_PIN:
         return startPin(pIface, pin, at);
     case _MOVO_NET_WIFI_WPS_PBC_PIN: {
+        if (pin == nullptr) {
+            return startPin(pIface, pin, at); // refuses it, before the push button starts anything
+        }
         // Deliberate: the PIN request discards the push button's network and is the one left running.
         const RETURN_TYPE result = startPushButton(pIface, at);
         return result == kOk ? startPin(pIface, pin, at) : result;

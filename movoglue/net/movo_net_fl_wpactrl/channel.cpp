@@ -56,9 +56,10 @@ void closeConnection(wpa_ctrl* connection)
 }
 
 /** The exchange itself; a connection that is closed fails like one whose peer is gone. */
-int request(Wpactrl_t& w, const char* cmd, char* buf, std::size_t* len)
+int request(Wpactrl_t& w, const char* cmd, char* buf, std::size_t* len, std::uint32_t& generation)
 {
     const ScopedLock lock(s_requestLock);
+    generation = get(w.generation);
     wpa_ctrl* connection = get(w.ctrl_conn);
     if (connection == nullptr || get(w.ctrlClosed)) {
         return -1;
@@ -66,34 +67,83 @@ int request(Wpactrl_t& w, const char* cmd, char* buf, std::size_t* len)
     return wpa_ctrl_request(connection, cmd, std::strlen(cmd), buf, len, nullptr);
 }
 
-/** Reopens under the owning interface's name; without an owner under the usual one. */
-RETURN_TYPE reconnectAfterTimeout(Wpactrl_t* w)
-{
-    const MovoNetWifi_t* wifi = w->pWifiIface;
-    const bool owned = wifi != nullptr && wifi->piface != nullptr;
-    return Wpactrl_Reconnect(w, owned ? wifi->piface->name : kFallbackInterface);
-}
-} // namespace
-
-namespace movonet {
-void closeCommandConnection(Wpactrl_t& w)
+/** Closes the command connection that an exchange of that generation used; false when the link has changed since. */
+bool closeUsed(Wpactrl_t& w, std::uint32_t generation)
 {
     const ScopedLock lock(s_requestLock);
+    if (get(w.generation) != generation) {
+        return false;
+    }
     wpa_ctrl* connection = get(w.ctrl_conn);
     if (connection != nullptr && !take(w.ctrlClosed, kTrue)) {
         wpa_ctrl_close(connection);
     }
+    return true;
 }
 
-void replaceCommandConnection(Wpactrl_t& w, wpa_ctrl* connection)
+/** The caller holds s_requestLock. */
+void exchangeConnection(Wpactrl_t& w, wpa_ctrl* connection)
 {
-    const ScopedLock lock(s_requestLock);
     wpa_ctrl* old = get(w.ctrl_conn);
     if (old != nullptr && !get(w.ctrlClosed)) {
         wpa_ctrl_close(old);
     }
     set(w.ctrl_conn, connection);
     set(w.ctrlClosed, kFalse);
+}
+
+/** Gives a link of that generation its new connection; false when the link has changed since. */
+bool giveConnection(Wpactrl_t& w, wpa_ctrl* connection, std::uint32_t generation)
+{
+    const ScopedLock lock(s_requestLock);
+    if (get(w.generation) != generation) {
+        return false;
+    }
+    exchangeConnection(w, connection);
+    return true;
+}
+
+/** Wpactrl_Reconnect, for which it logs; it leaves a link alone that was shut down or opened since `generation`. */
+RETURN_TYPE reopen(Wpactrl_t& w, const char* ifname, std::uint32_t generation)
+{
+    constexpr const char* kCaller = "Wpactrl_Reconnect";
+    if (ifname == nullptr || *ifname == '\0' || !closeUsed(w, generation)) {
+        return kFail;
+    }
+    const SocketPath path("%s/%s", kSocketFolder, ifname); // Deliberate: not the path that was opened first.
+    NET_LOG_AT((CallSite{kCaller, __LINE__}), KEST_LEVEL_INFO, "open wpa_ctrl %s, ctrl\n", path.c_str());
+    wpa_ctrl* connection = openConnection(path);
+    if (connection == nullptr) {
+        // ctrl_conn keeps its value, since the link counts as open, but is marked closed and never used again.
+        NET_LOG_AT((CallSite{kCaller, __LINE__}), KEST_LEVEL_ERROR, "cannot open wpa_ctrl %s, ctrl\n", path.c_str());
+        return kFail;
+    }
+    if (!giveConnection(w, connection, generation)) {
+        closeConnection(connection);
+        return kFail;
+    }
+    return kOk;
+}
+
+/** Reopens under the owning interface's name; without an owner under the usual one. */
+RETURN_TYPE reopenAfterTimeout(Wpactrl_t& w, std::uint32_t generation)
+{
+    const MovoNetWifi_t* wifi = w.pWifiIface;
+    const bool owned = wifi != nullptr && wifi->piface != nullptr;
+    return reopen(w, owned ? wifi->piface->name : kFallbackInterface, generation);
+}
+} // namespace
+
+namespace movonet {
+void closeCommandConnection(Wpactrl_t& w)
+{
+    (void)closeUsed(w, get(w.generation));
+}
+
+void replaceCommandConnection(Wpactrl_t& w, wpa_ctrl* connection)
+{
+    const ScopedLock lock(s_requestLock);
+    exchangeConnection(w, connection);
 }
 
 void closeMonitorConnection(Wpactrl_t& w)
@@ -141,8 +191,8 @@ RETURN_TYPE Wpactrl_Init(Wpactrl_t* w, const char* ifname)
     }
     set(w->mon_conn, monitor);
     set(w->fd, wpa_ctrl_get_fd(monitor));
+    set(w->generation, get(w->generation) + 1); // before: a reconnection of an earlier one must not replace it
     replaceCommandConnection(*w, command);
-    set(w->generation, get(w->generation) + 1);
     return kOk;
 }
 
@@ -151,20 +201,7 @@ RETURN_TYPE Wpactrl_Reconnect(Wpactrl_t* w, const char* ifname)
     if (w == nullptr) {
         return kBadArgument;
     }
-    if (ifname == nullptr || *ifname == '\0') {
-        return kFail;
-    }
-    closeCommandConnection(*w);
-    const SocketPath path("%s/%s", kSocketFolder, ifname); // Deliberate: not the path that was opened first.
-    NET_INFO("open wpa_ctrl %s, ctrl\n", path.c_str());
-    wpa_ctrl* connection = openConnection(path);
-    if (connection == nullptr) {
-        // ctrl_conn keeps its value, since the link counts as open, but is marked closed and never used again.
-        NET_ERROR("cannot open wpa_ctrl %s, ctrl\n", path.c_str());
-        return kFail;
-    }
-    replaceCommandConnection(*w, connection);
-    return kOk;
+    return reopen(*w, ifname, get(w->generation));
 }
 
 RETURN_TYPE Wpactrl_SendCmd(Wpactrl_t* w, const char* cmd, char* buf, std::size_t* len)
@@ -173,10 +210,11 @@ RETURN_TYPE Wpactrl_SendCmd(Wpactrl_t* w, const char* cmd, char* buf, std::size_
         return kBadArgument;
     }
     NET_INFO("command: %s\n", cmd);
-    const int result = request(*w, cmd, buf, len);
+    std::uint32_t generation = 0;
+    const int result = request(*w, cmd, buf, len, generation);
     if (result == kLibraryTimeout) {
         NET_ERROR("wpa_ctrl_request time out\n");
-        if (reconnectAfterTimeout(w) != kOk) {
+        if (reopenAfterTimeout(*w, generation) != kOk) {
             NET_ERROR("Wpactrl_Reconnect failed\n");
             Kest_Util_Delay(kRetryDelayMs);
             return kFail;

@@ -1,5 +1,6 @@
 #include "movo_net_fl_wpactrl/connect.h"
 
+#include "movo_net_fl_eventloop/eventloop.h"
 #include "movo_net_fl_wifi/wifi.h"
 #include "support/log.h"
 #include "support/shared.h"
@@ -134,7 +135,7 @@ void sendWpa(CommandSequence& sequence, int id, const MovNetWifiEssItem_t& ess, 
     sequence.send("SET_NETWORK %d psk \"%s\"", id, ess.Key);
 }
 
-/** Describes the network to the supplicant and lets it try; speaks for int_Movo_Net_Wpactrl_Connect. */
+/** Describes the network to the supplicant. Logs for int_Movo_Net_Wpactrl_Connect. */
 RETURN_TYPE sendNetwork(Wpactrl_t* w, int id, const MovNetWifiEssItem_t& ess, CallSite at)
 {
     const MovoNetWifiUISecurity_e wish = get(g_UISecurityType);
@@ -154,8 +155,22 @@ RETURN_TYPE sendNetwork(Wpactrl_t* w, int id, const MovNetWifiEssItem_t& ess, Ca
         sendWpa(sequence, id, ess, wish);
         break;
     }
-    sequence.send("ENABLE_NETWORK  %d", id);
     return sequence.result();
+}
+
+/** Lets the supplicant try the network, with a time-out. Logs for int_Movo_Net_Wpactrl_Connect. */
+RETURN_TYPE enableNetwork(Wpactrl_t* w, int id, CallSite at)
+{
+    CommandSequence sequence(w, at);
+    sequence.send("ENABLE_NETWORK  %d", id);
+    if (sequence.result() != kOk) {
+        return sequence.result();
+    }
+    const RETURN_TYPE result = Wpactrl_Add_ConnectEvent(w, kConnectTimeoutTicks);
+    if (result != kOk) {
+        NET_LOG_AT(at, KEST_LEVEL_ERROR, "add connect time out event failed\n");
+    }
+    return result;
 }
 
 /** The network becomes the current one; speaks for int_Movo_Net_Wpactrl_Connect. */
@@ -216,6 +231,7 @@ RETURN_TYPE int_Movo_Net_Wpactrl_Connect(MovoNetIface_t* pIface, MovNetWifiEssIt
     }
     const MovNetWifiEssItem_t ess = copyEss(*pEss); // the caller's may be a line of the table, which a scan replaces
     NET_INFO("try to connect to esss [%s]\n", ess.essid);
+    endHiddenSearch(*w);
     if (int_Movo_Net_Wpactrl_RemoveNetwork(pIface) != kOk) {
         NET_INFO("[REMOVE_NETWORK] failed\n");
     }
@@ -226,8 +242,10 @@ RETURN_TYPE int_Movo_Net_Wpactrl_Connect(MovoNetIface_t* pIface, MovNetWifiEssIt
     if (const RETURN_TYPE result = sendNetwork(w, id, ess, NET_HERE); result != kOk) {
         return result;
     }
-    if (const RETURN_TYPE result = Wpactrl_Add_ConnectEvent(w, kConnectTimeoutTicks); result != kOk) {
-        NET_ERROR("add connect time out event failed\n");
+    const LoopGate gate; // an event that is faster than the reply is read when all that follows is in place
+    set(w->connectStatus, WPACTRL_STATUS_CONNECTING);
+    if (const RETURN_TYPE result = enableNetwork(w, id, NET_HERE); result != kOk) {
+        set(w->connectStatus, WPACTRL_STATUS_NONE);
         return result;
     }
     if (const RETURN_TYPE result = makeCurrent(*wifi_iface(pIface), ess, NET_HERE); result != kOk) {

@@ -31,6 +31,8 @@ struct Link {
 
     /** Tells whether the connection that is being drained is still the link's. */
     bool open() const { return get(w.generation) == generation && get(w.mon_conn) != nullptr; }
+    /** Tells whether the network still is the joined one: callbacks may leave it, or begin to join another. */
+    bool joined() const { return open() && get(w.connectStatus) == WPACTRL_STATUS_CONNECTED; }
     Drain outcome() const { return open() ? Drain::GoOn : Drain::Stop; }
 };
 
@@ -126,6 +128,17 @@ Drain recordJoined(Link& link)
     return Drain::GoOn;
 }
 
+/** Reports, configures and remembers the network that was joined, as long as callbacks do not end that. */
+Drain bringUp(Link& link)
+{
+    (void)NotifyApp(_MOVO_NET_CALLBACK_IFCONNECTED_, link.iface);
+    if (!link.joined()) {
+        return link.outcome(); // bringing up what the callback has taken down would leave it active without a network
+    }
+    (void)ifup(link.iface);
+    return link.joined() ? recordJoined(link) : link.outcome();
+}
+
 Drain onConnected(Link& link)
 {
     Wpactrl_t& w = link.w;
@@ -134,19 +147,11 @@ Drain onConnected(Link& link)
     NET_LOG_AT(link.at, KEST_LEVEL_INFO, "connected\n");
     set(w.handshake_fail_count, 0);
     set(w.disconnect_count, 0);
-    (void)NotifyApp(_MOVO_NET_CALLBACK_IFCONNECTED_, link.iface);
-    if (!link.open()) {
-        return Drain::Stop; // bringing up what the callback has taken down would leave it active without a link
+    const Drain outcome = bringUp(link);
+    if (outcome == Drain::GoOn) {
+        removeTimer(w.firstConnectHandle); // also of a network that was left again: nothing is to rejoin it
     }
-    (void)ifup(link.iface);
-    if (!link.open()) {
-        return Drain::Stop;
-    }
-    if (const Drain recorded = recordJoined(link); recorded != Drain::GoOn) {
-        return recorded;
-    }
-    removeTimer(w.firstConnectHandle);
-    return Drain::GoOn;
+    return outcome;
 }
 
 Drain onHandshakeFailed(Link& link)
@@ -199,6 +204,16 @@ Drain onMessageWhileConnected(Link& link, std::string_view message)
     return link.outcome();
 }
 
+/** Removes the network of a hidden search; where a retry has made a connection of it, that goes, too. */
+void removeSearched(Link& link)
+{
+    if (get(link.w.connectStatus) == WPACTRL_STATUS_NONE) {
+        (void)Wpactrl_ExecCmd(&link.w, "REMOVE_NETWORK ALL");
+    } else {
+        (void)int_Movo_Net_Wpactrl_RemoveNetwork(link.iface);
+    }
+}
+
 Drain checkScanEnd(Link& link, std::string_view message)
 {
     Wpactrl_t& w = link.w;
@@ -210,7 +225,7 @@ Drain checkScanEnd(Link& link, std::string_view message)
     removeTimer(w.scanTimerEventHandle);
     set(w.isScanning, kFalse);
     if (get(w.isSearchingHideEss)) {
-        (void)Wpactrl_ExecCmd(&w, "REMOVE_NETWORK ALL");
+        removeSearched(link);
         set(w.isSearchingHideEss, kFalse);
     }
     NET_LOG_AT(link.at, KEST_LEVEL_INFO, "scan done\n");

@@ -38,6 +38,11 @@ RETURN_TYPE sendProbeNetwork(Wpactrl_t* w, int id, const char* ssid, CallSite at
 }
 } // namespace
 
+void movonet::endHiddenSearch(Wpactrl_t& w)
+{
+    set(w.isSearchingHideEss, kFalse);
+}
+
 RETURN_TYPE int_Movo_Net_Wpactrl_SearchHideEss(MovoNetIface_t* pIface, const char* ssid)
 {
     if (const RETURN_TYPE result = checkActiveWifi(pIface, kLog); result != kOk) {
@@ -71,6 +76,7 @@ RETURN_TYPE int_Movo_Net_Wpactrl_SearchHideEss(MovoNetIface_t* pIface, const cha
         NET_ERROR("lock wpa_ctrl iface failed\n");
         return kFail;
     }
-    set(w->isSearchingHideEss, kTrue);
+    // A join that has begun meanwhile has ended the search already.
+    set(w->isSearchingHideEss, get(w->connectStatus) == WPACTRL_STATUS_NONE ? kTrue : kFalse);
     return kOk;
 }

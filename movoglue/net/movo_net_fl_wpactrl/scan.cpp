@@ -1,3 +1,4 @@
+#include "movo_net_fl_eventloop/eventloop.h"
 #include "movo_net_fl_wifi/wifi.h"
 #include "movo_net_fl_wpactrl/channel.h"
 #include "movo_net_fl_wpactrl/scan_table.h"
@@ -19,6 +20,9 @@ constexpr LogModule kLog{"movo_net_fl_wpactrl", &movoglue_net_debug};
 constexpr int kScanTicks = 300;
 constexpr const char* kResultFile = "/tmp/wpa_scan_result";
 constexpr std::string_view kHeader = "bssid / frequency / signal level / flags / ssid";
+
+/** Held while the file has one update's results, until they are read. Nothing is taken while it is held. */
+Mutex s_resultFileLock{Mutex::Kind::Plain};
 
 // The ones below are steps of int_Movo_Net_Wpactrl_ScanResult and speak for it.
 
@@ -50,16 +54,18 @@ RETURN_TYPE writeResults(const Reply& reply, CallSite at)
     return kOk;
 }
 
-RETURN_TYPE readResults(MovoNetWifi_t& wifi, CallSite at)
+/** Puts the results into the file and reads them from there; `read` is false when it cannot be opened again. */
+RETURN_TYPE passThroughFile(const Reply& reply, ScanTable& table, bool& read, CallSite at)
 {
-    const UniqueFile file(kResultFile, "re");
-    if (!file) {
-        NET_LOG_AT(at, KEST_LEVEL_ERROR, "Could not open scan result file.\n");
+    const ScopedLock lock(s_resultFileLock);
+    if (writeResults(reply, at) != kOk) {
         return kFail;
     }
-    ScanTable table;
-    table.read(file.get());
-    publishEsss(wifi, table.esss(), table.count());
+    const UniqueFile file(kResultFile, "re");
+    read = static_cast<bool>(file);
+    if (read) {
+        table.read(file.get());
+    }
     return kOk;
 }
 
@@ -73,29 +79,49 @@ void listJoined(MovoNetWifi_t& wifi, const Wpactrl_t& w)
     }
 }
 
-RETURN_TYPE updateTable(MovoNetWifi_t& wifi, const Wpactrl_t& w, CallSite at)
+RETURN_TYPE updateTable(MovoNetWifi_t& wifi, const Wpactrl_t& w, const Reply& reply, CallSite at)
 {
+    ScanTable table;
+    bool read = false;
+    if (passThroughFile(reply, table, read, at) != kOk) {
+        return kFail;
+    }
     ScopedLock lock(wifi.lock);
     if (!lock) {
-        NET_LOG_AT(at, KEST_LEVEL_ERROR, "lock failed\n"); // Deliberate: the reading goes on without it.
+        NET_LOG_AT(at, KEST_LEVEL_ERROR, "lock failed\n"); // Deliberate: the update goes on without it.
     }
-    if (readResults(wifi, at) != kOk) {
+    if (!read) {
+        NET_LOG_AT(at, KEST_LEVEL_ERROR, "Could not open scan result file.\n");
         lock.leaveLocked(); // Deliberate: a result file that cannot be read again returns with the lock held.
         return kFail;
     }
+    publishEsss(wifi, table.esss(), table.count());
     listJoined(wifi, w);
     return kOk;
 }
 
-/** Ends a scan for the time-out; a hidden search's network goes with it. */
-void reportScanEnd(MovoNetIface_t* pIface, Wpactrl_t& w)
+/**
+ * Ends a scan for the time-out; a hidden search's network goes with it. `lock` is the link's: a join on another thread
+ * ends the search before that or comes after it.
+ */
+void reportScanEnd(MovoNetIface_t* pIface, Wpactrl_t& w, ScopedLock& lock)
 {
     if (get(w.isSearchingHideEss)) {
         (void)int_Movo_Net_Wpactrl_RemoveNetwork(pIface);
     }
+    lock.unlock();
     (void)NotifyApp(_MOVO_NET_CALLBACK_WIFISCANDONE_, pIface);
     set(w.isScanning, kFalse); // Deliberate: after the callback, so that a scan it started is not reported.
     set(w.isSearchingHideEss, kFalse);
+}
+
+/** A scan that has not begun runs no longer, unless an earlier one does, or a new time-out reports the failure. */
+void takeBackScan(Wpactrl_t& w, kest_bool wasScanning, std::int32_t timer)
+{
+    const std::int32_t armed = get(w.scanTimerEventHandle);
+    if (!wasScanning && (armed == 0 || armed == timer)) {
+        set(w.isScanning, kFalse);
+    }
 }
 } // namespace
 
@@ -105,13 +131,21 @@ RETURN_TYPE int_Movo_Net_Wpactrl_Scan(MovoNetIface_t* pIface)
         return result;
     }
     Wpactrl_t* w = wpactrl_iface(pIface);
+    const std::int32_t timer = get(w->scanTimerEventHandle);
+    const kest_bool wasScanning = take(w->isScanning, kTrue); // its results may be faster than the reply
     if (const RETURN_TYPE result = Wpactrl_ExecCmd(w, "SCAN"); result != kOk) {
         NET_ERROR("[SCAN] failed\n");
+        takeBackScan(*w, wasScanning, timer);
         return result;
+    }
+    const LoopGate gate; // the results are read before this, and reported, or after the time-out is armed
+    if (!get(w->isScanning)) {
+        return kOk;
     }
     const RETURN_TYPE result = Wpactrl_Add_ScanEvent(w, kScanTicks);
     if (result != kOk) {
         NET_ERROR("add scan time out event failed\n");
+        takeBackScan(*w, wasScanning, timer);
     }
     return result;
 }
@@ -133,9 +167,8 @@ RETURN_TYPE OnScanTimeoutEventRev(int /*fd*/, void* data, kest_bool /*isTimeout*
         NET_ERROR("lock wpactrl mutex failed\n");
         return kFail;
     }
-    lock.unlock();
     if (get(w->isScanning)) {
-        reportScanEnd(pIface, *w);
+        reportScanEnd(pIface, *w, lock);
     }
     return kOk;
 }
@@ -176,7 +209,7 @@ RETURN_TYPE int_Movo_Net_Wpactrl_ScanResult(MovoNetIface_t* pIface)
     if (const RETURN_TYPE result = requestResults(w, reply, NET_HERE); result != kOk) {
         return result;
     }
-    if (writeResults(reply, NET_HERE) != kOk || updateTable(*wifi_iface(pIface), *w, NET_HERE) != kOk) {
+    if (updateTable(*wifi_iface(pIface), *w, reply, NET_HERE) != kOk) {
         return kFail;
     }
     (void)NotifyApp(_MOVO_NET_CALLBACK_WIFIESSSUPDATED_, pIface);

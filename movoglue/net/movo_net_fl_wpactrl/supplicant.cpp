@@ -194,9 +194,9 @@ RETURN_TYPE ShutdownWpactrl(MovoNetIface_t* pIface)
     detachMonitorConnection(*w);
     closeMonitorConnection(*w);
     (void)Wpa_SetWpa_supplicantOff(pIface);
+    set(w->generation, get(w->generation) + 1); // before: a reconnection on another thread must not come after it
     // A supplicant that ended by itself leaves the connection open; each would cost a descriptor and a socket file.
     replaceCommandConnection(*w, nullptr);
-    set(w->generation, get(w->generation) + 1);
     set(w->isShuttingDown, kFalse);
     return kOk;
 }

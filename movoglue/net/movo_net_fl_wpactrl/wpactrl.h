@@ -51,6 +51,12 @@ void discardWpactrl(MovoNetWifi_t& wifi);
  */
 bool dropTimer(Wpactrl_t& w, ScopedLock& lock, std::int32_t& handle);
 
+/**
+ * What is going to be joined ends a search for a hidden network, whose results would remove it. Called before the
+ * removal of networks, which waits for a handler that still saw the search. Its scan goes on.
+ */
+void endHiddenSearch(Wpactrl_t& w);
+
 /** Keeps a timer that has just fired from firing again, unless another thread is replacing it and does so itself. */
 void removeFiredTimer(std::int32_t& handle);
 } // namespace movonet

@@ -1,3 +1,4 @@
+#include "movo_net_fl_eventloop/eventloop.h"
 #include "movo_net_fl_wifi/wifi.h"
 #include "movo_net_fl_wpactrl/connect.h"
 #include "support/log.h"
@@ -24,6 +25,7 @@ RETURN_TYPE checkLink(MovoNetIface_t* pIface, CallSite at)
 
 void removeNetwork(MovoNetIface_t* pIface, CallSite at)
 {
+    endHiddenSearch(*wpactrl_iface(pIface));
     if (int_Movo_Net_Wpactrl_RemoveNetwork(pIface) != kOk) {
         NET_LOG_AT(at, KEST_LEVEL_ERROR, "[REMOVE_NETWORK] failed\n");
     }
@@ -32,6 +34,7 @@ void removeNetwork(MovoNetIface_t* pIface, CallSite at)
 /** From now on the events teach which network is joined. */
 RETURN_TYPE enterWpsMode(Wpactrl_t* w, CallSite at)
 {
+    const LoopGate gate; // no event is read between the state and the mode
     (void)Wpactrl_Add_ConnectEvent(w, kWpsTimeoutTicks);
     const ScopedLock lock(w->lock);
     if (!lock) {
@@ -98,7 +101,8 @@ RETURN_TYPE int_Movo_Net_Wpactrl_WPSGetPIN(MovoNetIface_t* pIface, char* pin, in
         NET_ERROR("Wpactrl_SendCommand failed\n");
         return result;
     }
-    if (bufnum <= 0 || std::strlen(reply.text) >= static_cast<std::size_t>(bufnum)) {
+    // After a time-out the length is the room of the whole buffer, so that an empty text is not taken for a PIN.
+    if (bufnum <= 0 || reply.length >= static_cast<std::size_t>(bufnum)) {
         NET_ERROR("pin strlen too long");
         return kFail;
     }

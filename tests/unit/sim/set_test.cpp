@@ -81,6 +81,23 @@ TEST(Set, RecordsTheLogInsteadOfShowingIt)
     EXPECT_TRUE(set.log().empty());
 }
 
+TEST(Set, LetsTheTestActAtALineOfTheLog)
+{
+    Set set;
+    std::vector<std::string> texts;
+    set.onLog([&](const LogLine& line) {
+        texts.push_back(line.text);
+        EXPECT_EQ(set.log().back().text, line.text) << "it is recorded, and nothing is locked";
+        errno = ENOMSG;
+    });
+    errno = 0;
+    kest_debug_log(nullptr, KEST_LEVEL_INFO, "module", "function", 1, "line %d\n", 1);
+    EXPECT_EQ(errno, 0);
+    set.onLog(nullptr);
+    kest_debug_log(nullptr, KEST_LEVEL_INFO, "module", "function", 2, "line %d\n", 2);
+    EXPECT_EQ(texts, std::vector<std::string>{"line 1\n"});
+}
+
 TEST(Set, KeepsErrnoWhereCallsSucceed)
 {
     const Set set;

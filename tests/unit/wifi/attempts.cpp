@@ -25,12 +25,11 @@ void Attempts::command(const std::string& text, bool taken)
 {
     const std::lock_guard lock(m_lock);
     note(text + (taken || !beginsAttempt(text) ? "" : " (refused)"));
+    m_justTaken = false;
     if (text == "REMOVE_NETWORK ALL") {
-        // A hidden search ends with the same words, which take nothing back from an attempt made meanwhile.
-        const Wpactrl_t* link = wpactrl_iface(m_iface());
-        if (link == nullptr || movonet::get(link->connectStatus) == WPACTRL_STATUS_NONE) {
-            removed();
-        }
+        removed();
+    } else if (text.starts_with("SELECT_NETWORK  ")) {
+        m_searching = true;
     } else if (text == "DISABLE_NETWORK 0") {
         m_stage = Stage::Trying; // the supplicant tries its network anew
         ++m_resets;
@@ -46,6 +45,7 @@ void Attempts::callback(MovoNetCBReason_e reason)
     std::ostringstream name;
     name << sim::Called{reason};
     note(name.str());
+    const bool justTaken = std::exchange(m_justTaken, false);
     switch (reason) {
     case sim::IFCONNECTED:
         if (m_stage != Stage::Trying && linked) {
@@ -64,6 +64,12 @@ void Attempts::callback(MovoNetCBReason_e reason)
         break;
     case sim::IFDISCONNECTED:
         disconnected(linked);
+        break;
+    case sim::WIFISCANDONE:
+        if (justTaken && linked) {
+            complain("a network was removed with the end of a scan");
+            end(End::Lost, Stage::None);
+        }
         break;
     default:
         break;
@@ -119,12 +125,13 @@ void Attempts::begin()
         end(End::Replaced, Stage::None);
     }
     m_stage = Stage::Trying;
-    m_removed = m_left = false;
+    m_searching = m_removed = m_left = false;
 }
 
 void Attempts::removed()
 {
     m_wasTrying = m_wasTrying || m_stage == Stage::Trying;
+    m_justTaken = (m_stage == Stage::Trying || m_stage == Stage::Joined) && !std::exchange(m_searching, false);
     m_stage = Stage::None;
     m_removed = true;
     m_left = false;

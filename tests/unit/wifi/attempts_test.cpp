@@ -56,6 +56,19 @@ TEST(Attempts, ABadKeyWhoseNetworkStaysIsSeen)
     });
 }
 
+TEST(Attempts, ANetworkThatTheEndOfAScanTakesIsSeen)
+{
+    for (const bool joined : {false, true}) {
+        expectComplaint([joined](Bench& bench) {
+            bench.connect();
+            (void)bench.hear(joined ? Lines{kConnected} : Lines{});
+            bench.link().isScanning = bench.link().isSearchingHideEss = 1; // as if a search had not been ended
+            (void)bench.hear({kResults});
+            EXPECT_EQ(bench.supplicant.attempts.ends()[End::Lost], 1);
+        });
+    }
+}
+
 TEST(Attempts, TheLastRequestOfTheTestNeedNotEnd)
 {
     EXPECT_EQ(sim::forkedRun([] {

@@ -250,3 +250,49 @@ TEST(Send, NeverUsesAConnectionThatCouldNotBeReopened)
     EXPECT_EQ(ShutdownWpactrl(&bench.iface), 0);
     EXPECT_EQ(bench.supplicant.closed, 2) << "each connection once";
 }
+
+namespace {
+/** While the link is being reopened after a time-out, another thread shuts it down at that line of the log. */
+void shutDownAt(Bench& bench, const std::string& text)
+{
+    bench.set.onLog([&bench, text, left = 1](const sim::LogLine& line) mutable {
+        if (line.text == text && left-- == 1) {
+            EXPECT_EQ(ShutdownWpactrl(&bench.iface), 0);
+        }
+    });
+}
+} // namespace
+
+TEST(Reconnection, OfALinkThatWasShutDownIsGivenUp)
+{
+    for (const char* text : {"wpa_ctrl_request time out\n", "open wpa_ctrl /dev/socket//mlan0, ctrl\n"}) {
+        const int failed = sim::forkedRun([text] {
+            Bench bench;
+            bench.supplicant.results = {-2};
+            shutDownAt(bench, text);
+            const std::int64_t before = bench.set.clock();
+            EXPECT_EQ(Wpactrl_ExecCmd(&bench.link(), "X"), 1);
+            EXPECT_EQ(bench.set.clock() - before, 500);
+            EXPECT_EQ(bench.link().ctrl_conn, nullptr);
+            EXPECT_EQ(bench.supplicant.connections(), 0) << "nobody would close it";
+            EXPECT_LOGGED(bench.set, KEST_LEVEL_ERROR, kModule, "Wpactrl_SendCmd", "Wpactrl_Reconnect failed\n");
+        });
+        EXPECT_EQ(failed, 0) << text;
+    }
+}
+
+TEST(Reconnection, LeavesALinkAloneThatWasOpenedAnew)
+{
+    Bench bench;
+    bench.supplicant.results = {-2};
+    bench.set.onLog([&bench, left = 1](const sim::LogLine& line) mutable {
+        if (line.text == "wpa_ctrl_request time out\n" && left-- == 1) {
+            EXPECT_EQ(ShutdownWpactrl(&bench.iface), 0);
+            EXPECT_EQ(Wpactrl_Init(&bench.link(), "mlan0"), 0);
+        }
+    });
+    EXPECT_EQ(Wpactrl_ExecCmd(&bench.link(), "X"), 1);
+    EXPECT_EQ(bench.supplicant.opened.back(), "/dev/socket//wpa_mlan0");
+    EXPECT_EQ(bench.supplicant.connections(), 2);
+    EXPECT_EQ(Wpactrl_ExecCmd(&bench.link(), "X"), 0);
+}

@@ -131,18 +131,34 @@ TEST(ScanEnd, LeavesAScanAloneThatItsCallbackBegins)
     EXPECT_CALLBACKS(bench.set, {{sim::WIFISCANDONE, "mlan0"}, {sim::WIFISCANDONE, "mlan0"}});
 }
 
-TEST(ScanEnd, OfAHiddenSearchLeavesTheStateOfAConnectionAlone)
+TEST(ScanEnd, OfAHiddenSearchTakesBackWhatARetryHasMadeOfIt)
 {
     Bench bench;
-    bench.connect();
+    ASSERT_EQ(int_Movo_Net_Wpactrl_SearchHideEss(&bench.iface, "Hidden"), 0);
+    ASSERT_EQ(int_Movo_Net_Wpactrl_ResetConnecting(&bench.iface), 0);
+    EXPECT_EQ(bench.hear({kConnected}), 0);
+    EXPECT_CALLBACKS(bench.set, {{sim::IFCONNECTED, "mlan0"}});
+    (void)sent(bench.supplicant);
+    EXPECT_EQ(bench.hear({kAssociating}), 0);
+    EXPECT_EQ(sent(bench.supplicant), Lines{"REMOVE_NETWORK ALL"});
+    EXPECT_EQ(bench.link().connectStatus, WPACTRL_STATUS_NONE);
+    EXPECT_EQ(bench.wifi().curOperatingEsss.isConnected, 0);
+    EXPECT_FALSE(bench.set.dhcp("mlan0").running());
+    EXPECT_EQ(bench.link().isSearchingHideEss, 0);
+    EXPECT_CALLBACKS(bench.set, {{sim::WIFISCANDONE, "mlan0"}});
+}
+
+TEST(ScanEnd, OfAHiddenSearchNeedsNoScan)
+{
+    Bench bench;
     bench.link().isSearchingHideEss = 1;
     EXPECT_EQ(bench.hear({kResults}), 0);
     EXPECT_CALLBACKS(bench.set, {}) << "it has not found anything";
     EXPECT_EQ(bench.hear({kAssociating}), 0);
     EXPECT_EQ(sent(bench.supplicant), Lines{"REMOVE_NETWORK ALL"});
-    EXPECT_EQ(bench.link().connectStatus, WPACTRL_STATUS_CONNECTING);
     EXPECT_EQ(bench.link().isSearchingHideEss, 0);
     EXPECT_CALLBACKS(bench.set, {{sim::WIFISCANDONE, "mlan0"}});
+    EXPECT_EQ(bench.set.commands().size(), 0U) << "there is no address to take back";
 }
 
 TEST(WpsMode, KeepsTheLinksLockWhenItCannotTakeTheNetworks)

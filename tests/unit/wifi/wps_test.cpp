@@ -114,6 +114,23 @@ TEST(WpsBoth, LeavesThePinRunning)
     EXPECT_EQ(bench.wifi().wpsMode, _MOVO_NET_WIFI_WPS_PBC_PIN);
 }
 
+TEST(WpsBoth, WithoutPinStartsNothing)
+{
+    Bench bench;
+    bench.connect();
+    (void)bench.hear({kConnected});
+    EXPECT_CALLBACKS(bench.set, {{sim::IFCONNECTED, "mlan0"}});
+    bench.iface.isConnected = 1;
+    EXPECT_EQ(int_Movo_NET_WifiStartWpsConnection(&bench.iface, _MOVO_NET_WIFI_WPS_PBC_PIN, nullptr), 5);
+    EXPECT_EQ(errors(bench.set), Lines{"int_Movo_NET_WifiStartWpsConnection: WPS PIN failed\n"});
+    EXPECT_EQ(sent(bench.supplicant), Lines{});
+    EXPECT_CALLBACKS(bench.set, {});
+    EXPECT_EQ(bench.link().connectStatus, WPACTRL_STATUS_CONNECTED) << "the network of before stays";
+    EXPECT_EQ(bench.link().connectTimerEventHandle, 0);
+    EXPECT_EQ(bench.link().isWpsMode, 0);
+    EXPECT_EQ(bench.wifi().wpsMode, _MOVO_NET_WIFI_WPS_NONE_);
+}
+
 TEST(WpsBoth, EndsWithAButtonThatFails)
 {
     Bench bench;
@@ -183,6 +200,18 @@ TEST(GeneratedPin, NeverFitsABufferOfNoSize)
     }
     EXPECT_EQ(int_Movo_Net_Wpactrl_WPSGetPIN(&bench.iface, &pin, 1), 0);
     EXPECT_EQ(pin, '\0');
+}
+
+TEST(GeneratedPin, IsNoneWhenTheLinkWasReopenedForIt)
+{
+    Bench bench;
+    bench.supplicant.results = {0, -2}; // the removal works, the request times out and the reconnection works
+    char pin[9] = "########";
+    EXPECT_EQ(int_Movo_Net_Wpactrl_WPSGetPIN(&bench.iface, pin, sizeof(pin)), 1);
+    EXPECT_EQ(bench.supplicant.opened.size(), 3U);
+    EXPECT_EQ(errors(bench.set), (Lines{"Wpactrl_SendCmd: wpa_ctrl_request time out\n",
+                                        "int_Movo_Net_Wpactrl_WPSGetPIN: pin strlen too long"}));
+    EXPECT_STREQ(pin, "########");
 }
 
 TEST(GeneratedPin, KeepsTheNameThatItsFailureHas)

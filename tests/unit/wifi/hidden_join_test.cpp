@@ -1,0 +1,114 @@
+#include "bench.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+
+// A person looks for a hidden network, and picks another one before the search has ended: what is being joined is
+// neither removed by the scan's result nor by its time-out, and WIFISCANDONE comes once.
+
+using namespace wifi;
+using namespace movonet;
+
+namespace {
+constexpr const char* kAssociating = "<3>Trying to associate with 02:00:00:00:01:00 (SSID='My Home Net' freq=2412 MHz)";
+
+struct Pick {
+    const char* name;
+    void (*picks)(Bench& bench);
+    WpactrlConnectStatus_e status;
+};
+void PrintTo(const Pick& row, std::ostream* out)
+{
+    *out << row.name;
+}
+
+/** A search that has begun and that a pick has ended; 100 ticks later than it began, so that its time-out comes first.
+ */
+class HiddenSearchThenPick : public testing::TestWithParam<Pick> {
+protected:
+    HiddenSearchThenPick()
+    {
+        bench.supplicant.replies["WPS_PIN any"] = {"12345670"};
+        bench.supplicant.replies["WPS_PIN any 12345670"] = {"12345670"};
+        EXPECT_EQ(int_Movo_Net_Wpactrl_SearchHideEss(&bench.iface, "Hidden"), 0);
+        EXPECT_EQ(bench.link().isSearchingHideEss, 1);
+        bench.set.grantTicks(100);
+        GetParam().picks(bench);
+        (void)sent(bench.supplicant);
+    }
+
+    void expectUntouched()
+    {
+        EXPECT_EQ(bench.link().isSearchingHideEss, 0);
+        EXPECT_EQ(bench.link().connectStatus, GetParam().status);
+        EXPECT_EQ(bench.link().connectTimerEventHandle != 0, GetParam().status == WPACTRL_STATUS_CONNECTING);
+        EXPECT_EQ(sent(bench.supplicant), Lines{});
+    }
+
+    Bench bench;
+};
+
+const Pick kPicks[] = {
+    {"Join", [](Bench& bench) { bench.connect(); }, WPACTRL_STATUS_CONNECTING},
+    {"PushButton", [](Bench& bench) { EXPECT_EQ(int_Movo_Net_Wpactrl_WPSPBC(&bench.iface), 0); },
+     WPACTRL_STATUS_CONNECTING},
+    {"Pin", [](Bench& bench) { EXPECT_EQ(int_Movo_Net_Wpactrl_WPSSetPIN(&bench.iface, "12345670"), 0); },
+     WPACTRL_STATUS_CONNECTING},
+    {"MadePin",
+     [](Bench& bench) {
+         char pin[9];
+         EXPECT_EQ(int_Movo_Net_Wpactrl_WPSGetPIN(&bench.iface, pin, sizeof(pin)), 0);
+     },
+     WPACTRL_STATUS_NONE},
+    {"JoinThatIsDone",
+     [](Bench& bench) {
+         bench.connect();
+         (void)bench.hear({kConnected});
+         EXPECT_CALLBACKS(bench.set, {{sim::IFCONNECTED, "mlan0"}});
+     },
+     WPACTRL_STATUS_CONNECTED},
+};
+} // namespace
+
+TEST_P(HiddenSearchThenPick, EndsWithTheResults)
+{
+    EXPECT_EQ(bench.hear({kAssociating}), 0);
+    EXPECT_CALLBACKS(bench.set, {}) << "that is the pick's";
+    EXPECT_EQ(bench.hear({kResults, kAssociating, kResults}), 0);
+    EXPECT_CALLBACKS(bench.set, {{sim::WIFISCANDONE, "mlan0"}});
+    expectUntouched();
+    bench.set.grantTicks(290);
+    EXPECT_CALLBACKS(bench.set, {});
+}
+
+TEST_P(HiddenSearchThenPick, EndsWithItsTimeOut)
+{
+    bench.set.grantTicks(202);
+    EXPECT_CALLBACKS(bench.set, {{sim::WIFISCANDONE, "mlan0"}});
+    EXPECT_EQ(bench.link().isScanning, 0);
+    expectUntouched();
+    EXPECT_EQ(bench.hear({kResults, kAssociating}), 0);
+    EXPECT_CALLBACKS(bench.set, {});
+}
+INSTANTIATE_TEST_SUITE_P(Picks, HiddenSearchThenPick, testing::ValuesIn(kPicks),
+                         [](const auto& row) { return row.param.name; });
+
+TEST(HiddenSearch, ThatAJoinOvertakesMarksNothing)
+{
+    Bench bench;
+    bool overtaken = false;
+    bench.set.onLog([&](const sim::LogLine& line) {
+        // The search's last command is on its way: another thread's join begins and is taken.
+        if (line.text == "command: SELECT_NETWORK  0\n" && !std::exchange(overtaken, true)) {
+            MovNetWifiEssItem_t& ess = bench.list("Net", _MOVO_NET_WIFI_SECURITY_OPEN_, _MOVO_NET_WIFI_ENCRYP_NONE_);
+            EXPECT_EQ(int_Movo_Net_Wpactrl_Connect(&bench.iface, &ess), 0);
+        }
+    });
+    EXPECT_EQ(int_Movo_Net_Wpactrl_SearchHideEss(&bench.iface, "Hidden"), 0);
+    EXPECT_TRUE(overtaken);
+    EXPECT_EQ(bench.link().isSearchingHideEss, 0);
+    (void)sent(bench.supplicant);
+    EXPECT_EQ(bench.hear({kResults, kConnected}), 0);
+    EXPECT_EQ(sent(bench.supplicant), Lines{});
+    EXPECT_CALLBACKS(bench.set, {{sim::WIFISCANDONE, "mlan0"}, {sim::IFCONNECTED, "mlan0"}});
+}
