@@ -7,8 +7,7 @@ import subprocess
 import time
 
 import pytest
-
-NAMESPACES = ["unshare", "--user", "--map-root-user", "--mount", "--net"]
+from installing import NAMESPACES
 
 
 @pytest.fixture
