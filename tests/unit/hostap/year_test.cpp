@@ -1,6 +1,7 @@
 #include "bench.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 #include <fstream>
 #include <kest.h>
@@ -24,14 +25,14 @@ std::vector<sim::Called> devices(int watches)
 }
 
 /** Bytes of address space that this process has taken. */
-std::size_t addressSpace()
+std::uint64_t addressSpace()
 {
-    std::size_t total = 0;
+    std::uint64_t total = 0;
     std::ifstream maps("/proc/self/maps");
     for (std::string line; std::getline(maps, line);) {
         char* end = nullptr;
-        const std::size_t from = std::strtoull(line.c_str(), &end, 16);
-        total += static_cast<std::size_t>(std::strtoull(end + 1, nullptr, 16)) - from;
+        const std::uint64_t from = std::strtoull(line.c_str(), &end, 16);
+        total += std::strtoull(end + 1, nullptr, 16) - from;
     }
     return total;
 }
@@ -70,11 +71,11 @@ struct SoftApYear : testing::Test {
     }
     void expectFlat(int starts, int everyMs)
     {
-        constexpr std::size_t kTolerance = 16U << 20; // records of the test and of a sanitizer
+        constexpr std::uint64_t kTolerance = 16U << 20; // records of the test and of a sanitizer
         startUntilEightWatch();
         const Lines descriptors = bench.set.openDescriptors();
         const int threads = bench.set.liveThreads();
-        const std::size_t space = addressSpace();
+        const std::uint64_t space = addressSpace();
         for (int count = 0; count < starts && !HasFatalFailure(); ++count) {
             Kest_Util_Delay(everyMs);
             startAndStop();
