@@ -32,6 +32,9 @@ void addInterfaces(int count);
 /** One interface more, a wireless one. */
 void addWireless(const std::string& ifname);
 
+/** What all networks are scanned with from now on; at first WPA2. */
+void setSecurity(MovoNetWifiSecurity_e security);
+
 /** Calls the callback, if there is one. */
 void callBack(MovoNetCBReason_e reason, const char* ifname);
 } // namespace fake

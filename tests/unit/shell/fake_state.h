@@ -18,6 +18,7 @@ struct State {
     std::map<std::string, int> results;
     std::function<void(const std::string&)> onCall;
     std::vector<std::string> names = {"lo", "eth0"};
+    MovoNetWifiSecurity_e security = _MOVO_NET_WIFI_SECURITY_WPA2_PSK_;
     bool running = false;
     std::thread loop; // the glue's own thread, from start to stop
     bool stopping = false;
