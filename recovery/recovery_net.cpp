@@ -1,7 +1,9 @@
 /** The daemon: brings the network up while the set runs in recovery mode. */
 #include <csignal>
+#include <fcntl.h>
 #include <kest.h>
 #include <movo_net.h>
+#include <unistd.h>
 
 namespace {
 void logEntry()
@@ -10,10 +12,23 @@ void logEntry()
         kest_debug_log(KEST_CAT_DEFAULT, KEST_LEVEL_INFO, "recovery_net", "main", __LINE__, "Enter recovery network\n");
     }
 }
+
+/** What is written to standard error must never go into a file of the glue that took its place. */
+void fillStandardDescriptors()
+{
+    for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd) {
+        if (fcntl(fd, F_GETFD) == -1) {
+            (void)open("/dev/null", O_RDWR); // the lowest free one; commands need it, too
+        }
+    }
+}
 } // namespace
 
 int main()
 {
+    fillStandardDescriptors();
+    // When the reader of our output ends, output is lost. A handler, since commands would inherit an ignored signal.
+    (void)std::signal(SIGPIPE, [](int) {});
     // An ignored SIGCHLD, as some starters leave it, would make every command seem to fail.
     (void)std::signal(SIGCHLD, SIG_DFL);
     kest_debug_init("MOVOAPP_TEST");

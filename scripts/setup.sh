@@ -14,14 +14,6 @@ step() {
 }
 setup_start=${EPOCHREALTIME/[.,]/}
 
-# What the compiler made once it does not make again, in another clone or after a change that was taken back.
-use_compiler_cache() {
-    export CMAKE_C_COMPILER_LAUNCHER=ccache CMAKE_CXX_COMPILER_LAUNCHER=ccache
-    export CCACHE_DIR=$MOVO_CACHE/ccache CCACHE_BASEDIR=$setup_root CCACHE_NOHASHDIR=yes CCACHE_MAXSIZE=2G
-    # Precompiled headers are recognised by their contents; the tree uses no macro of the time.
-    export CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime
-}
-
 # Ends the script with one line that says what is wrong and what to do.
 die() {
     printf '\n%s: %s\n' "$(basename "$0")" "$*" >&2

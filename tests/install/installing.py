@@ -5,6 +5,7 @@ import pathlib
 import subprocess
 
 REPOSITORY = pathlib.Path(__file__).resolve().parents[2]
+NAMESPACES = ["unshare", "--user", "--map-root-user", "--mount", "--net"]
 BUILD = pathlib.Path(os.environ.get("MOVO_BUILD", REPOSITORY / "build/release"))
 
 

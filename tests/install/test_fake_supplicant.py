@@ -7,9 +7,9 @@ import subprocess
 import time
 
 import pytest
+from installing import NAMESPACES
 
 HANG_SECONDS = 600    # only ends a test that hangs
-NAMESPACES = ["unshare", "--user", "--map-root-user", "--mount", "--net"]
 
 
 @pytest.fixture

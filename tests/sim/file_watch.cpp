@@ -21,6 +21,14 @@ void tell(const std::string& path, std::uint32_t changes, const std::string& byt
     }
     world().changed.notify_all(); // also when it is a callback that tells, which cannot settle
 }
+
+std::string eventOf(std::uint32_t mask)
+{
+    inotify_event event{};
+    event.wd = 1;
+    event.mask = mask;
+    return {reinterpret_cast<const char*>(&event), sizeof(event)};
+}
 } // namespace
 
 FileWatch::FileWatch(std::string path) : m_path(std::move(path)) {}
@@ -47,12 +55,23 @@ std::uint32_t FileWatch::awaited() const
 
 void FileWatch::modified()
 {
-    inotify_event event{};
-    event.wd = 1;
-    event.mask = IN_MODIFY;
     {
         const Hold hold;
-        tell(m_path, IN_MODIFY, std::string(reinterpret_cast<const char*>(&event), sizeof(event)));
+        tell(m_path, IN_MODIFY, eventOf(IN_MODIFY));
+    }
+    settleWorld();
+}
+
+void FileWatch::gone()
+{
+    {
+        const Hold hold;
+        tell(m_path, ~0U, eventOf(IN_IGNORED));
+        for (auto& [fd, descriptor] : world().files.descriptors) {
+            if (descriptor.kind == DescriptorKind::FileWatch && descriptor.watched == m_path) {
+                descriptor.watched.clear();
+            }
+        }
     }
     settleWorld();
 }

@@ -123,6 +123,8 @@ public:
     std::uint32_t awaited() const;
     /** The file was written. */
     void modified();
+    /** The file was removed: its watchers are told, and do not watch any more. */
+    void gone();
     /** What their next read gives, events or not. */
     void tells(const std::string& bytes);
 

@@ -126,6 +126,11 @@ TEST_F(Retries, KeepComingForAnInterfaceThatWasDisabled)
     EXPECT_FALSE(client.running());
     expectRetryAfter(10);
     EXPECT_EQ(client.launches(), launches + 1);
+    set.dhcp("eth0").leases();
+    EXPECT_EQ(Movo_NET_IsActivedIface(0, "eth0"), 0);
+    kest_bool connected = 0;
+    EXPECT_EQ(Movo_NET_IsConnected(0, "eth0", &connected), 0);
+    EXPECT_EQ(connected, 1);
 }
 
 TEST_F(Retries, RestartAClientThatIgnoresTheHangUp)

@@ -1,6 +1,7 @@
 #include "calls.h"
 #include "networks.h"
 #include "text.h"
+#include "warnings.h"
 
 namespace shell {
 namespace {
@@ -38,6 +39,18 @@ Outcome use(Console& console, Arguments arguments)
     }
     const std::string ifname = wifiName();
     console.print("%s\n", ifname.empty() ? "no wireless interface" : printable(ifname).c_str());
+    return Outcome::Done;
+}
+
+Outcome update(Console& console, Arguments /*arguments*/)
+{
+    const std::string ifname = wifiName();
+    noteSecured(ifname);
+    const RETURN_TYPE code = Movo_NET_WifiUpdateEsss(kAppId, ifname.c_str());
+    console.result(code);
+    if (code == 0) {
+        warnOfLostSecurity(console, ifname);
+    }
     return Outcome::Done;
 }
 
@@ -88,13 +101,18 @@ Outcome join(Console& console, Arguments arguments)
     return Outcome::Done;
 }
 
+bool hasPin(int mode)
+{
+    return mode == _MOVO_NET_WIFI_WPS_PIN || mode == _MOVO_NET_WIFI_WPS_PBC_PIN;
+}
+
 /** The PIN of a WPS mode: the given one, or one made by the supplicant and shown; nothing when that fails. */
 std::optional<std::string> pinFor(Console& console, int mode, const std::string& ifname, Arguments given)
 {
     if (!given.empty()) {
         return given[0];
     }
-    if (mode != _MOVO_NET_WIFI_WPS_PIN && mode != _MOVO_NET_WIFI_WPS_PBC_PIN) {
+    if (!hasPin(mode)) {
         return "";
     }
     char made[9] = "";
@@ -114,6 +132,9 @@ Outcome wps(Console& console, Arguments arguments)
     }
     const std::string ifname = wifiName();
     if (const auto pin = pinFor(console, *mode, ifname, arguments.subspan(1)); pin) {
+        if (hasPin(*mode)) {
+            warnOfPin(console, *pin);
+        }
         console.result(Movo_NET_WifiStartWpsConnection(kAppId, ifname.c_str(), static_cast<MovoNetWifiWPSMode_e>(*mode),
                                                        pin->c_str()));
     }
@@ -154,7 +175,9 @@ std::span<const Command> wifiCommands()
         {kSubject, "wifi scan", "", "looks for networks; WIFISCANDONE follows", "Movo_NET_WifiScanEsss",
          actOnWifi<Movo_NET_WifiScanEsss>},
         {kSubject, "wifi update", "", "reads what was found; keys that were set are forgotten",
-         "Movo_NET_WifiUpdateEsss", actOnWifi<Movo_NET_WifiUpdateEsss>},
+         "Movo_NET_WifiUpdateEsss Movo_NET_GetNumOfWifiEsss Movo_NET_WifiGetSsidEss Movo_NET_WifiGetSecurityEss "
+         "Movo_NET_WifiGetKey",
+         update},
         {kSubject, "wifi list", "", "shows the networks in a table",
          "Movo_NET_GetNumOfWifiEsss Movo_NET_WifiGetSsidEss Movo_NET_WifiGetBssidEss Movo_NET_WifiGetSignalEss "
          "Movo_NET_WifiGetChannelEss Movo_NET_WifiGetSecurityEss Movo_NET_WifiGetEncryptionEss Movo_NET_WifiIsWPS "

@@ -1,4 +1,16 @@
-/** Start, stop, callback and platform calls of the network glue. Usable from C and C++. */
+/**
+ * Start, stop, callback and platform calls of the network glue. Usable from C and C++.
+ *
+ * The glue runs programs from its own threads at any moment. What that asks of the host:
+ *
+ * - Environment: set variables before the start. `setenv` beside a running glue races with what reads them.
+ * - Forks: a child has the glue's locks as they stood and none of its threads. Until it executes another program it
+ *   may make async-signal-safe calls only, and none of the glue's.
+ * - Descriptors: the glue's are close-on-exec. The programs that it starts inherit the host's that are not, and a DHCP
+ *   client keeps them for as long as it runs.
+ * - Signals: an ignored SIGCHLD makes every program seem to fail. The glue writes to standard output; a host whose
+ *   output is a pipe handles SIGPIPE, since programs would inherit an ignored one.
+ */
 #ifndef MOVO_NET_CORE_H
 #define MOVO_NET_CORE_H
 
@@ -37,7 +49,8 @@ RETURN_TYPE Movo_NET_Glue_Init(void);
 
 /**
  * Takes one user away; the last one's call stops the glue: saves the configuration, forgets the interfaces and
- * ends the event thread. DHCP clients keep running. A stopped glue does not start again in the same process.
+ * ends the event thread. DHCP clients keep running. A stopped glue does not start again in the same process: a later
+ * start is never done, and takes the link of eth0 down to program the board's MAC address.
  *
  * @retval 0  Counted down, or stopped.
  * @retval 1  The glue had been stopped before.

@@ -146,7 +146,7 @@ RETURN_TYPE Movo_NET_WifiGetFrequencyEss(kest_sint32 appid, const char* ifname, 
 RETURN_TYPE Movo_NET_WifiGetChannelEss(kest_sint32 appid, const char* ifname, const char* essid, int* retval);
 
 /**
- * Sets the priority of a network of the table. It is not remembered.
+ * Sets the priority of a network of the table. It is not remembered, and the next `Movo_NET_WifiUpdateEsss` forgets it.
  *
  * @param[in]  appid     Ignored.
  * @param[in]  ifname    Wi-Fi interface, at most 8 characters.
@@ -158,7 +158,7 @@ RETURN_TYPE Movo_NET_WifiGetChannelEss(kest_sint32 appid, const char* ifname, co
  * @retval 5  Another priority, no name, or an interface without Wi-Fi back end.
  *
  * @par Threads    Any, also from inside the callback.
- * @par Locks      ifaceListLock during the look-up only.
+ * @par Locks      ifaceListLock during the look-up, MovoNetWifi_t.lock while the priority is stored.
  */
 RETURN_TYPE Movo_NET_WifiSetPriorityEss(kest_sint32 appid, const char* ifname, const char* essid, int priority);
 
@@ -180,13 +180,15 @@ RETURN_TYPE Movo_NET_WifiSetPriorityEss(kest_sint32 appid, const char* ifname, c
 RETURN_TYPE Movo_NET_WifiGetPriorityEss(kest_sint32 appid, const char* ifname, const char* essid, int* retval);
 
 /**
- * Gives a network of the table its key, for the next connection to it. It is remembered once that has worked.
+ * Gives a network of the table its key, for the next connection to it. It is remembered once that has worked; until
+ * then the next `Movo_NET_WifiUpdateEsss` forgets it.
  *
  * @param[in]  appid   Ignored.
  * @param[in]  ifname  Wi-Fi interface, at most 8 characters.
  * @param[in]  essid   Network name; the first 32 bytes count.
  * @param[in]  key     Pass phrase or WEP key; at most `len` bytes are read.
- * @param[in]  len     1 to 64.
+ * @param[in]  len     1 to 64. A WPA network takes 8 to 63 characters; 64, also 64 hexadecimal digits, are taken here
+ * and refused by the supplicant when the network is joined.
  *
  * @retval 0  Taken.
  * @retval 1  The glue does not run; interface unknown, not Wi-Fi or not active; network not scanned.
@@ -204,7 +206,7 @@ RETURN_TYPE Movo_NET_WifiSetKey(kest_sint32 appid, const char* ifname, const cha
  * @param[in]  ifname  Wi-Fi interface, at most 8 characters.
  * @param[in]  essid   Network name; the first 32 bytes count.
  * @param[out] key     At least 65 bytes; gets an end mark.
- * @param[out] len     Its length.
+ * @param[out] len     Its length; 0 for a network that is remembered without key.
  *
  * @retval 0  Read.
  * @retval 1  The glue does not run; interface unknown, not Wi-Fi or not active; network not scanned or not remembered,

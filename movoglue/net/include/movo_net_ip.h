@@ -89,7 +89,8 @@ RETURN_TYPE Movo_NET_GetIP(kest_sint32 appid, const char* ifname, unsigned int* 
 
 /**
  * Stores the addresses of the static modes, saves the configuration and configures an active interface anew on a thread
- * of its own, whatever its mode; the mode is not changed. A lease overwrites what was stored.
+ * of its own, whatever its mode; the mode is not changed. A lease overwrites what was stored. While a DHCP client runs,
+ * the kernel's address is cleared, and stays so until the client sets one again.
  *
  * @param[in] appid    Ignored.
  * @param[in] ifname   The interface.

@@ -125,6 +125,8 @@ typedef struct MovoNetIface_t MovoNetIface_t;
  * call. Two callbacks never overlap. Every public function may be called from inside, except `Movo_NET_Glue_Init`,
  * `Movo_NET_Glue_Exit` and `WaitForChild2Exit`.
  * @par Locks    callbackListLock is held, and the event loop is held off: a callback must not wait for another event.
+ * Never hold a lock of your own in a call of the glue when your callback takes that lock: many calls wait for a
+ * callback that runs, which then waits for you; and many call back on the calling thread.
  */
 typedef void (*MovoNetCallback_t)(MovoNetCBReason_e reason, void* context, void* param);
 

@@ -1,4 +1,10 @@
-/** Scanning, joining and leaving Wi-Fi networks. Usable from C and C++. */
+/**
+ * Scanning, joining and leaving Wi-Fi networks. Usable from C and C++.
+ *
+ * A call that waits for the supplicant's answer sends one command or several, one after the other. Each takes no time
+ * from a supplicant that is well; one that hangs lets each last up to 5 s until it is sent and 10 s until it is
+ * answered.
+ */
 #ifndef MOVO_NET_WIFI_H
 #define MOVO_NET_WIFI_H
 
@@ -29,14 +35,17 @@ RETURN_TYPE Movo_NET_WifiScanEsss(kest_sint32 appid, const char* ifname);
 
 /**
  * Reads what the last scan found into the table that the calls below ask: one network a name, the strongest access
- * point's, at most 50. A name is its bytes as they are sent, mostly UTF-8. One that holds a control character is
- * listed as the supplicant writes it, with escapes, and cannot be joined.
+ * point's, at most 50. Keys and priorities that were set in the table before are forgotten. A name is its bytes as
+ * they are sent, mostly UTF-8. One that holds a control character is listed as the supplicant writes it, with escapes,
+ * and cannot be joined.
  *
  * @param[in]  appid   Ignored.
  * @param[in]  ifname  Wi-Fi interface, at most 8 characters.
  *
  * @retval 0  Read.
- * @retval 1  The glue does not run; interface unknown, not Wi-Fi or not active. The supplicant told no table.
+ * @retval 1  The glue does not run; interface unknown, not Wi-Fi or not active. The supplicant told no table, or its
+ * copy in `/tmp/wpa_scan_result` could not be written. Or the copy could not be opened again: then MovoNetWifi_t.lock
+ * stays taken by the calling thread for good, and every other thread that needs it waits for ever.
  * @retval 5  The interface has no Wi-Fi back end.
  *
  * @par Threads    Any, also from inside the callback. Waits for the supplicant's answer.
@@ -55,7 +64,7 @@ RETURN_TYPE Movo_NET_WifiUpdateEsss(kest_sint32 appid, const char* ifname);
  *
  * @retval 0  Being joined.
  * @retval 1  The glue does not run; interface unknown, not Wi-Fi or not active; network not scanned. The supplicant
- * refused, or the key has no length of a WEP key.
+ * refused, as a WPA key of fewer than 8 or of 64 characters, or the key has no length of a WEP key.
  * @retval 4  No memory for the time-out.
  * @retval 5  No name, or an interface without Wi-Fi back end.
  *
@@ -120,13 +129,18 @@ RETURN_TYPE Movo_NET_WifiGetWpsModeEss(kest_sint32 appid, const char* ifname, Mo
  * Joins a network by WPS: by its push button, by a PIN that is typed there, or both, where the PIN is the one that
  * stays. Any other mode starts nothing and is kept as none.
  *
+ * A router that hands out its key as 64 hexadecimal digits is joined and remembered without it. After a restart the
+ * interface's attempt to rejoin it is refused, and the first join that is asked for afterwards has no time-out: neither
+ * is it ended nor does WIFITIMEOUT come. After 30 s without an address a remembered network in range replaces it.
+ *
  * @param[in]  appid   Ignored.
  * @param[in]  ifname  Wi-Fi interface, at most 8 characters.
  * @param[in]  mode    The way.
  * @param[in]  pin     The PIN, of a mode with PIN.
  *
- * @retval 0  Started.
- * @retval 1  The glue does not run; interface unknown, not Wi-Fi or not active. The supplicant refused.
+ * @retval 0  Started: the supplicant took the push button, or gave the PIN back as it was, whatever it is.
+ * @retval 1  The glue does not run; interface unknown, not Wi-Fi or not active. The supplicant refused, or gave back
+ * anything but the PIN.
  * @retval 5  No PIN for a mode that has one, or an interface without Wi-Fi back end.
  *
  * @par Threads    Any, also from inside the callback. Waits for the supplicant's answer.
@@ -139,16 +153,18 @@ RETURN_TYPE Movo_NET_WifiStartWpsConnection(kest_sint32 appid, const char* ifnam
                                             const char* pin);
 
 /**
- * Has the supplicant make a PIN to show. The network joined so far is left; nothing is started.
+ * Has the supplicant make a PIN to show. The network joined so far is left. The supplicant itself begins WPS with it;
+ * the glue does not: no time-out runs and no network is learnt before `Movo_NET_WifiStartWpsConnection`.
  *
  * @param[in]  appid    Ignored.
  * @param[in]  ifname   Wi-Fi interface, at most 8 characters.
- * @param[out] pin      `pinsize` bytes, all of which are written.
+ * @param[out] pin      `pinsize` bytes, all of which are written: whatever the supplicant replied, "FAIL" and a line
+ * end for instance. Show it when it has eight digits.
  * @param[in]  pinsize  At least 9 for the usual eight digits.
  *
- * @retval 0  Made.
- * @retval 1  The glue does not run; interface unknown, not Wi-Fi or not active. The PIN does not fit, or the supplicant
- * refused.
+ * @retval 0  The supplicant replied.
+ * @retval 1  The glue does not run; interface unknown, not Wi-Fi or not active. The reply does not fit, or there was
+ * none.
  * @retval 5  No output, or an interface without Wi-Fi back end.
  *
  * @par Threads    Any, also from inside the callback. Waits for the supplicant's answer.
@@ -172,7 +188,8 @@ RETURN_TYPE Movo_NET_WifiGenerateWpsPin(kest_sint32 appid, const char* ifname, c
  * @par Threads    Any, also from inside the callback. Waits for the supplicant's answer.
  * @par Locks      ifaceListLock during the look-up; then those of the link to the supplicant, and eventListLock while a
  * timer is replaced, an address given back or the callback called.
- * @par Callbacks  WIFISCANDONE when it was found, or after 30 s.
+ * @par Callbacks  WIFISCANDONE once: with the first results of a scan, whether it is among them or not; when the
+ * supplicant joins it; or after 30 s.
  */
 RETURN_TYPE Movo_NET_WifiSearchHideEss(kest_sint32 appid, const char* ifname, const char* ssid);
 
@@ -199,7 +216,8 @@ RETURN_TYPE Movo_NET_WifiGetDevType(kest_sint32 appid, const char* ifname, MovoN
  * @param[in]  ifname          Wi-Fi interface, at most 8 characters.
  * @param[out] isReconnecting  1 or 0; untouched unless 0 is returned.
  *
- * @retval 0  Read; also of an interface that is not active.
+ * @retval 0  Read; also of an interface that is not active. One that was joined when it was disabled gives 1 for as
+ * long as it stays so; one that was being joined gives 1 until its time-out.
  * @retval 1  The glue does not run; interface unknown or not Wi-Fi.
  * @retval 5  No output, or an interface without Wi-Fi back end.
  *

@@ -2,6 +2,7 @@
 #include "support/command.h"
 #include "support/fd.h"
 #include "support/log.h"
+#include "support/shared.h"
 #include "support/text.h"
 
 #include <cerrno>
@@ -24,6 +25,31 @@ constexpr std::size_t kMessageSize = 16;
 constexpr std::size_t kEventRoom = 272;
 constexpr int kWatchDelayMs = 5000;
 
+// Deliberate: each start keeps a watch and a pipe, up to the eighth. A set that is started for years keeps no more.
+constexpr int kMaxWatches = 8;
+int s_watches;             // Guarded by hotspotLock.
+int s_pipes;               // Guarded by hotspotLock.
+int s_latestWatch = kNoFd; // Never closed.
+kest_bool s_isWatchAskedFor;
+kest_bool s_isFollowing;
+
+/** Takes a place for a watch or a pipe; false when all are taken. */
+bool takePlace(int& taken)
+{
+    const ScopedLock lock(hotspotLock);
+    if (taken == kMaxWatches) {
+        return false;
+    }
+    ++taken;
+    return true;
+}
+
+void leavePlace(int& taken)
+{
+    const ScopedLock lock(hotspotLock);
+    --taken;
+}
+
 /** Makes and opens the pipe; speaks for SoftAP_Gethostap_Pipe. */
 int openPipe(const FixedText<261>& path, CallSite at)
 {
@@ -43,7 +69,15 @@ int openPipe(const FixedText<261>& path, CallSite at)
     return fd;
 }
 
-/** Waits, for good if need be, until the lease file can be watched; the descriptor, or -1. */
+/** Waits, for good if need be, until the lease file can be watched; a file that is watched stays so. */
+void awaitLeases(int watch)
+{
+    while (inotify_add_watch(watch, kLeaseFile, IN_MODIFY) < 0) {
+        Kest_Util_Delay(kWatchDelayMs);
+    }
+}
+
+/** The descriptor of a new watch, or -1. */
 int watchLeases(CallSite at)
 {
     const int watch = inotify_init1(IN_CLOEXEC);
@@ -51,10 +85,28 @@ int watchLeases(CallSite at)
         NET_LOG_AT(at, KEST_LEVEL_ERROR, "HOSTAP:inotify_init error %d\n", errno);
         return kNoFd;
     }
-    while (inotify_add_watch(watch, kLeaseFile, IN_MODIFY) < 0) {
-        Kest_Util_Delay(kWatchDelayMs);
-    }
+    awaitLeases(watch);
+    set(s_latestWatch, watch);
     return watch;
+}
+
+/** For a start without a watch of its own: the list may be a new file. Of several starts one waits for it. */
+void followLeases()
+{
+    const int watch = get(s_latestWatch);
+    if (watch == kNoFd || take(s_isFollowing, kTrue) != kFalse) {
+        return; // whoever waits for the file will watch it
+    }
+    awaitLeases(watch);
+    set(s_isFollowing, kFalse);
+}
+
+/** Body of a watch's thread. */
+void* watchInPlace(void* arg)
+{
+    (void)s_SoftAP_Check_Connection(arg);
+    leavePlace(s_watches); // it could not be set up
+    return nullptr;
 }
 
 /** Handles what one read has brought; speaks for s_SoftAP_Check_Connection. */
@@ -79,11 +131,37 @@ void handleEvents(const char* buffer, std::size_t length, CallSite at)
 }
 } // namespace
 
+namespace movonet {
+void askForWatch()
+{
+    set(s_isWatchAskedFor, kTrue);
+}
+
+void beginWatch(CallSite at)
+{
+    if (take(s_isWatchAskedFor, kFalse) == kFalse) {
+        return; // a start that ran beside this one has made it
+    }
+    if (!takePlace(s_watches)) {
+        followLeases();
+        return;
+    }
+    if (SoftAP_Create_Thread(watchInPlace) != 0) {
+        NET_LOG_AT(at, KEST_LEVEL_ERROR, "HOSTAP: SoftAP Check Connection Thread Creating Failed.......\n");
+        leavePlace(s_watches);
+    }
+}
+} // namespace movonet
+
 int SoftAP_Gethostap_Pipe(void)
 {
+    if (!takePlace(s_pipes)) {
+        return 0;
+    }
     const FixedText<261> path("%s.%s", "/tmp/softapnotify.pipe", kSoftApName);
     const int fd = openPipe(path, NET_HERE);
     if (fd < 0) {
+        leavePlace(s_pipes);
         return -1;
     }
     int handle = 0; // Deliberate: the event is never taken back.
@@ -91,6 +169,7 @@ int SoftAP_Gethostap_Pipe(void)
     if (fd >= FD_SETSIZE || int_addEvent({fd, 0, nullptr, OnSoftapEventRev}, &handle) != kOk) {
         NET_ERROR("HOSTAP:can not addevent\n");
         (void)close(fd);
+        leavePlace(s_pipes);
         return -1;
     }
     if (runShell(FixedText<128>("chmod 777 %s", path.c_str())) != 0) {

@@ -17,6 +17,9 @@ constexpr LogModule kLog{"movo_net_fl_hostap", &KEST_CAT_DEFAULT};
 
 constexpr int kDeleteDelayMs = 100;
 
+// A watch stays for good, and the usual 8 MB of address space are dear on 32 bits. Callbacks run on it, too.
+constexpr std::size_t kStackSize = 256 * 1024;
+
 void copyConfig(MovoHotspotconfig_t& config)
 {
     const ScopedLock lock(hotspotLock);
@@ -50,6 +53,7 @@ int SoftAP_Create_Thread(void* (*func)(void*))
     }
     pthread_t thread;
     const bool created = pthread_attr_setdetachstate(&attributes, PTHREAD_CREATE_DETACHED) == 0 &&
+                         pthread_attr_setstacksize(&attributes, kStackSize) == 0 &&
                          pthread_create(&thread, &attributes, func, nullptr) == 0;
     (void)pthread_attr_destroy(&attributes);
     if (!created) {

@@ -5,6 +5,7 @@
 #include "include/movo_net_hostap.h"
 #include "movo_net_internal.h"
 #include "support/lock.h"
+#include "support/log.h"
 
 /** docs/states.md has the transitions. */
 enum MovoHotspotState_e : int {
@@ -48,6 +49,12 @@ struct HotspotTexts {
     char ssid[33];
 };
 HotspotTexts hotspotTexts();
+
+/** Says that a start needs a watch of the leases; of starts at the same time one makes it. */
+void askForWatch();
+
+/** Begins the watch that was asked for; beyond the eighth, those that are there serve. Helpers log for the caller. */
+void beginWatch(CallSite at);
 } // namespace movonet
 
 extern "C" {
@@ -60,7 +67,7 @@ void* s_SoftAP_Start(void* arg);
 /** Body of the thread that waits for devices to join; returns only when it cannot be set up. */
 void* s_SoftAP_Check_Connection(void* arg);
 
-/** Runs `func` on a detached thread. 0, or 1. */
+/** Runs `func` on a detached thread with a small stack. 0, or 1. */
 int SoftAP_Create_Thread(void* (*func)(void*));
 
 /** Writes hostapd's configuration and switches it on. 0, or -1. */
@@ -82,7 +89,7 @@ int SoftAP_initializeInterface(void);
 /** Brings the interface up or down. 0, or below. */
 int SoftAP_enableInterface(int up);
 
-/** Makes the notify pipe and has the loop watch it. 0, or -1. */
+/** Makes the notify pipe and has the loop watch it; beyond the eighth, the one in place serves. 0, or -1. */
 int SoftAP_Gethostap_Pipe(void);
 
 /** Handler of the notify pipe. 0, or 1 when nothing could be read. */

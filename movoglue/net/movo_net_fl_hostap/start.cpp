@@ -159,14 +159,13 @@ bool startDaemons(CallSite at)
 
 void* s_SoftAP_Start(void* /*arg*/)
 {
+    askForWatch();
     resetHotspot();
     findCastName(NET_HERE);
     if (!initialise(NET_HERE) || !bringUp(NET_HERE) || !startDaemons(NET_HERE)) {
         return nullptr; // Deliberate: the state stays as it is, and a later start is taken.
     }
     set(hotspot.mState, HOTSPOT_STARTED);
-    if (SoftAP_Create_Thread(s_SoftAP_Check_Connection) != 0) {
-        NET_ERROR("HOSTAP: SoftAP Check Connection Thread Creating Failed.......\n");
-    }
+    beginWatch(NET_HERE);
     return nullptr;
 }

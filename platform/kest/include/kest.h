@@ -68,7 +68,8 @@ const char* kest_debug_category_name(const kest_debug_category* category);
  * One message is one line, whatever it holds: line ends at its end are dropped, and any other control character
  * becomes a blank. The line goes out in one write, which the kernel keeps whole on a terminal, a pipe or a file, so
  * that lines of different threads and processes never mix. It is cut to 1023 bytes before its line end. A message that
- * standard error does not take is lost. Never allocates and keeps `errno`. The caller tests the threshold.
+ * standard error does not take is lost; a pipe that nobody reads any more raises no SIGPIPE. Never allocates and keeps
+ * `errno`. The caller tests the threshold.
  *
  * @param[in] category  NULL stands for the default category.
  * @param[in] level     One of the levels; shown as a word.
@@ -94,7 +95,7 @@ void Kest_Util_Delay(int milliseconds);
  */
 kest_uint32 Kest_Util_CRC32(kest_uint32 previous, const void* buffer, kest_sint32 length);
 
-/** Prints the innermost `frames` stack frames of the caller, at most 64, to standard error. */
+/** Prints the innermost `frames` stack frames of the caller, at most 64, to standard error; raises no SIGPIPE. */
 void Kest_Util_BT(int frames);
 
 #ifdef __cplusplus

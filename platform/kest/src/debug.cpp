@@ -1,4 +1,5 @@
 #include "kest.h"
+#include "sigpipe.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -53,6 +54,7 @@ public:
     /** A single write, which the kernel keeps whole for a line of this length. */
     void write()
     {
+        const kest::SigpipeHeld held;
         m_text[m_length++] = '\n'; // takes the place of the terminator
         while (::write(STDERR_FILENO, m_text, m_length) == -1 && errno == EINTR) {
             // A signal came before the first byte: nothing was written yet.

@@ -1,4 +1,5 @@
 #include "kest.h"
+#include "sigpipe.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -27,6 +28,7 @@ __attribute__((noinline)) void Kest_Util_BT(int frames)
 
     const int count = backtrace(addresses, std::clamp(frames, 0, kMaxFrames) + kOwnFrame);
     if (count > kOwnFrame) {
+        const kest::SigpipeHeld held;
         backtrace_symbols_fd(addresses + kOwnFrame, count - kOwnFrame, STDERR_FILENO);
     }
 }

@@ -220,6 +220,19 @@ TEST_F(Exit, LeavesAGlueThatNeverGetsDoneAgain)
     }
 }
 
+/** The record is made anew, and with it the board's address is programmed. */
+TEST_F(Exit, KeepsTakingTheLinkDownAtAStartAfterIt)
+{
+    set.cable("eth0").plug();
+    ASSERT_EQ(set.start(), 0);
+    ASSERT_EQ(set.stop(), 0);
+    set.forget();
+    (void)Movo_NET_Glue_Init();
+    EXPECT_RAN(set, "netcfg eth0 down; netcfg eth0 hwprefix 02:00:00:00:00:01");
+    EXPECT_EQ(Movo_NET_IsInitializationDone(0), 0);
+    EXPECT_EQ(set.stop(), 0);
+}
+
 TEST_F(Exit, LeavesCallsRefusedAndHarmless)
 {
     ASSERT_EQ(set.start(), 0);

@@ -1,6 +1,12 @@
 #include "fg_test.h"
 
+#include <array>
 #include <csignal>
+#include <fcntl.h>
+#include <string_view>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
+#include <unistd.h>
 
 int recoveryMain(); // the daemon's main, renamed for this test
 
@@ -119,6 +125,72 @@ TEST_F(Recovery, SaysNothingBelowItsLevel)
     __atomic_store_n(&__kest_debug_min, static_cast<int>(KEST_LEVEL_ERROR), __ATOMIC_RELAXED);
     run();
     EXPECT_EQ(timesLogged(set, "Enter recovery network\n"), 0);
+    end();
+}
+
+/** A handler of its own: an ignored signal would be inherited by every command. */
+TEST_F(Recovery, OutlivesAPipeThatNobodyReads)
+{
+    for (void (*starters)(int) : {SIG_DFL, SIG_IGN}) {
+        (void)std::signal(SIGPIPE, starters);
+        set.background([] { (void)recoveryMain(); });
+        set.settle();
+        struct sigaction now {};
+        ASSERT_EQ(sigaction(SIGPIPE, nullptr, &now), 0);
+        EXPECT_NE(now.sa_handler, SIG_DFL);
+        EXPECT_NE(now.sa_handler, SIG_IGN);
+        EXPECT_EQ(now.sa_flags & SA_RESTART, SA_RESTART);
+    }
+    EXPECT_EQ(raise(SIGPIPE), 0);
+    EXPECT_EQ(set.stop(), 0);
+    EXPECT_EQ(set.stop(), 0);
+    set.joinBackground();
+}
+
+bool isNullDevice(int fd)
+{
+    struct stat status {};
+    return fstat(fd, &status) == 0 && S_ISCHR(status.st_mode) && status.st_rdev == makedev(1, 3);
+}
+
+TEST_F(Recovery, FillsClosedStandardDescriptors)
+{
+    std::array<int, 3> saved{};
+    for (int fd = 0; fd < 3; ++fd) {
+        saved[static_cast<std::size_t>(fd)] = fcntl(fd, F_DUPFD_CLOEXEC, 10);
+    }
+    set.background([this] {
+        for (int fd = 0; fd < 3; ++fd) {
+            (void)close(fd);
+        }
+        status = recoveryMain();
+    });
+    set.settle();
+    std::array<bool, 3> filled{};
+    std::array<int, 3> flags{};
+    for (int fd = 0; fd < 3; ++fd) {
+        filled[static_cast<std::size_t>(fd)] = isNullDevice(fd);
+        flags[static_cast<std::size_t>(fd)] = fcntl(fd, F_GETFD);
+        (void)dup2(saved[static_cast<std::size_t>(fd)], fd);
+        (void)close(saved[static_cast<std::size_t>(fd)]);
+    }
+    EXPECT_EQ(filled, (std::array<bool, 3>{true, true, true}));
+    EXPECT_EQ(flags, (std::array<int, 3>{0, 0, 0})) << "commands have them, too";
+    end();
+}
+
+TEST_F(Recovery, LeavesOpenStandardDescriptorsAlone)
+{
+    std::array<struct stat, 3> before{};
+    for (int fd = 0; fd < 3; ++fd) {
+        ASSERT_EQ(fstat(fd, &before[static_cast<std::size_t>(fd)]), 0);
+    }
+    run();
+    for (int fd = 0; fd < 3; ++fd) {
+        struct stat now {};
+        EXPECT_EQ(fstat(fd, &now), 0);
+        EXPECT_EQ(now.st_ino, before[static_cast<std::size_t>(fd)].st_ino);
+    }
     end();
 }
 

@@ -162,6 +162,22 @@ TEST(LeaseWatch, KeepsOneWatchAndOnePipeForEachStart)
     EXPECT_CALLBACKS(bench.set, {{sim::SOFTAPSCAN, "bcm0"}});
 }
 
+/** The list is emptied and written: two changes, of which the first shows no device. */
+TEST(LeaseWatch, KeepsTwoCallbacksAStartForADeviceThatGetsAnAddress)
+{
+    Bench bench;
+    for (int starts = 1; starts <= 3; ++starts) {
+        bench.start();
+        EXPECT_EQ(Movo_Net_WiFi_HostAP_Stop(0), 0);
+        bench.set.forget();
+        bench.writeLeases("");
+        EXPECT_STREQ(softap_connectinfo.devicename, "");
+        bench.writeLeases(kLease);
+        EXPECT_STREQ(softap_connectinfo.devicename, "phone1");
+        EXPECT_EQ(bench.set.callbacks().size(), 2U * static_cast<std::size_t>(starts));
+    }
+}
+
 // --- Events of every kind ---
 
 struct Events {

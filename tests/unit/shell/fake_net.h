@@ -35,6 +35,9 @@ void addWireless(const std::string& ifname);
 /** The scanned networks; the first one is joined. */
 void setNetworks(const std::vector<std::string>& names);
 
+/** What all networks are scanned with from now on; at first WPA2. */
+void setSecurity(MovoNetWifiSecurity_e security);
+
 /** Calls the callback, if there is one. */
 void callBack(MovoNetCBReason_e reason, const char* ifname);
 } // namespace fake

@@ -19,6 +19,7 @@ struct State {
     std::function<void(const std::string&)> onCall;
     std::vector<std::string> names = {"lo", "eth0"};
     std::vector<std::string> networks = {"My Home Net", "caf\xc3\xa9"};
+    MovoNetWifiSecurity_e security = _MOVO_NET_WIFI_SECURITY_WPA2_PSK_;
     bool running = false;
     std::thread loop; // the glue's own thread, from start to stop
     bool stopping = false;

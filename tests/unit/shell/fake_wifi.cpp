@@ -20,6 +20,11 @@ void fake::setNetworks(const std::vector<std::string>& names)
     state().networks = names;
 }
 
+void fake::setSecurity(MovoNetWifiSecurity_e security)
+{
+    state().security = security;
+}
+
 RETURN_TYPE Movo_NET_WifiScanEsss(kest_sint32, const char* ifname)
 {
     return called("Movo_NET_WifiScanEsss", ifname);
@@ -60,7 +65,7 @@ RETURN_TYPE Movo_NET_WifiGetEncryptionEss(kest_sint32, const char* ifname, const
 RETURN_TYPE Movo_NET_WifiGetSecurityEss(kest_sint32, const char* ifname, const char* essid,
                                         MovoNetWifiSecurity_e* retval)
 {
-    return wrote(called("Movo_NET_WifiGetSecurityEss", ifname, essid), retval, _MOVO_NET_WIFI_SECURITY_WPA2_PSK_);
+    return wrote(called("Movo_NET_WifiGetSecurityEss", ifname, essid), retval, state().security);
 }
 
 RETURN_TYPE Movo_NET_WifiGetFrequencyEss(kest_sint32, const char* ifname, const char* essid, int* retval)
