@@ -18,7 +18,7 @@ constexpr LogModule kLog{"movo_net_fl_hostap", &KEST_CAT_DEFAULT};
 constexpr int kDeleteDelayMs = 100;
 
 // A watch stays for good, and the usual 8 MB of address space are dear on 32 bits. Callbacks run on it, too.
-constexpr std::size_t kStackSize = 256 * 1024;
+constexpr std::size_t kStackSize = std::size_t{256} * 1024;
 
 void copyConfig(MovoHotspotconfig_t& config)
 {
