@@ -27,7 +27,8 @@ void Attempts::command(const std::string& text, bool taken)
     note(text + (taken || !beginsAttempt(text) ? "" : " (refused)"));
     m_justTaken = false;
     if (text == "REMOVE_NETWORK ALL") {
-        removed();
+        const Wpactrl_t* link = wpactrl_iface(m_iface());
+        removed(link != nullptr && movonet::get(link->isSearchingHideEss));
     } else if (text.starts_with("SELECT_NETWORK  ")) {
         m_searching = true;
     } else if (text == "DISABLE_NETWORK 0") {
@@ -128,10 +129,11 @@ void Attempts::begin()
     m_searching = m_removed = m_left = false;
 }
 
-void Attempts::removed()
+void Attempts::removed(bool searching)
 {
     m_wasTrying = m_wasTrying || m_stage == Stage::Trying;
-    m_justTaken = (m_stage == Stage::Trying || m_stage == Stage::Joined) && !std::exchange(m_searching, false);
+    const bool network = m_stage == Stage::Trying || m_stage == Stage::Joined;
+    m_justTaken = !std::exchange(m_searching, false) && searching && network;
     m_stage = Stage::None;
     m_removed = true;
     m_left = false;
@@ -158,7 +160,7 @@ void Attempts::timedOut(bool linked)
 {
     if (m_wasTrying || (m_stage == Stage::Trying && !linked)) {
         end(End::TimeOut, Stage::None);
-    } else if (!m_left) { // left for want of an address is told as a time-out, too
+    } else if (!m_left && linked) { // left for want of an address is told as a time-out, too
         complain("a time-out without an attempt");
     }
     m_left = m_removed = false;

@@ -22,7 +22,7 @@ enum class End { Connected, BadKey, TimeOut, Replaced, Left, Lost };
  * - IFCONNECTED, WIFIBADKEY or WIFITIMEOUT that ends no attempt, so also the second one of the same attempt
  * - IFDISCONNECTED when nothing was joined, left or addressed
  * - a wrong key whose network is not removed
- * - a network that is removed with the end of a scan while it is being joined or is joined
+ * - a network that a hidden search's end removes while it is being joined or is joined
  */
 class Attempts {
 public:
@@ -48,7 +48,7 @@ private:
     enum class Stage { None, Trying, Joined, BadKey };
 
     void begin();
-    void removed();
+    void removed(bool searching);
     void disconnected(bool linked);
     void timedOut(bool linked);
     void end(End how, Stage next);
@@ -61,7 +61,7 @@ private:
     Stage m_stage = Stage::None;
     bool m_wasTrying = false; ///< The network that was removed was one being tried; how that ended shows later.
     bool m_searching = false; ///< The network that is tried is the one of a hidden search, which goes when that ends.
-    bool m_justTaken = false; ///< The latest thing seen is the removal of a network that was tried or joined.
+    bool m_justTaken = false; ///< The latest thing seen is a removal, during a search, of what was tried or joined.
     bool m_removed = false;   ///< A network was removed, and nothing told since.
     bool m_left = false;      ///< That was told as having been left.
     bool m_looking = true;
