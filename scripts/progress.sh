@@ -40,5 +40,5 @@ draw_progress() {
         printf -v bar ' [%-12s] %d/%d' "${bar// /#}" "$number" "$total"
     fi
     text="$name: $SECONDS s$bar ${latest//[^[:print:]]/ }"
-    printf '\r%s\033[K' "${text:0:${columns:-80} - 1}"
+    printf '\r%s\033[K' "${text:0:${columns:-80} - 3}"    # room for the ^C of a Ctrl-C
 }

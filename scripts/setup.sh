@@ -48,11 +48,14 @@ quietly() {
 
 # As quietly, but returns the command's status; its output is in setup_output.
 attempt() {
-    local name=$1 begin=${EPOCHREALTIME/[.,]/} status watch=(cat)
+    local name=$1 begin=${EPOCHREALTIME/[.,]/} status interrupted=no watch=(cat)
     shift
     if [ $setup_live = yes ]; then watch=(watch_progress "$name"); else step "$name"; fi
+    trap interrupted=yes INT    # the live line is erased before this script ends
     { setup_output=$("$@" 2>&1 3>&- | "${watch[@]}"; exit "${PIPESTATUS[0]}"); } 3>&1
     status=$?
+    trap 'exit 130' INT
+    [ $interrupted = no ] || exit 130
     [ $status -ne 0 ] || step "$name: $(seconds_since "$begin") s"
     return $status
 }
