@@ -10,6 +10,7 @@ import time
 
 from .air import Air, launch
 from .machine import REPOSITORY, SetError, VirtualSet
+from .progress import step
 from .story import Story
 from .summary import online, show_summary
 from .terminal import attach
@@ -121,14 +122,20 @@ def main():
     wired, new = arguments.story == "ethernet", arguments.story == "softap"
     if not new:
         print(f"  The television keeps its settings in {KEPT}; ./run --fresh forgets them.", flush=True)
-    with VirtualSet(limit=SESSION_SECONDS if ON_TERMINAL else 300, data=None if new else KEPT, chip=not wired) as tv:
+    tv = VirtualSet(limit=SESSION_SECONDS if ON_TERMINAL else 300, data=None if new else KEPT, chip=not wired)
+    try:
+        with step("Booting the television"):
+            tv.start()
         follower = Follower(tv)
         follower.start()
         if wired and not ON_TERMINAL:
             return 0 if watch(tv, follower) else 1
         if tv.chip:
-            surround(tv, new)
+            with step("Starting Wi-Fi and the access points around it" if not new else "Starting Wi-Fi"):
+                surround(tv, new)
         return play(tv, script)
+    finally:
+        tv.stop()
 
 
 if __name__ == "__main__":
