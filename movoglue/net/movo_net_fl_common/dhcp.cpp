@@ -132,8 +132,11 @@ void onAddressObtained(MovoNetIface_t* pIface, CallSite at)
 
 void announceAndRetry(MovoNetIface_t* pIface)
 {
+    const bool wasActive = get(pIface->isActived) != kFalse;
     (void)NotifyApp(_MOVO_NET_CALLBACK_IFDISCONNECTED_, pIface);
-    (void)AddDhcpDownEvent(pIface);
+    if (!wasActive || get(pIface->isActived)) { // a callback that takes it down wants no new address
+        (void)AddDhcpDownEvent(pIface);
+    }
 }
 
 void onWifiAddressLost(MovoNetIface_t* pIface)

@@ -166,6 +166,16 @@ TEST_F(TakenDown, ByTheCallbackOfALeaseReportsNoSuccess)
 }
 
 /** Its mode was changed, and the thread that would have stopped its client came too late. */
+TEST_F(TakenDown, ByTheCallbackOfALostLeaseIsNotTriedAgain)
+{
+    bench.launch();
+    takeDownInCallback(1);
+    bench.set.dhcp("eth0").loses();
+    EXPECT_EQ(bench.iface.dhcpDownHandle, 0);
+    EXPECT_EQ(bench.set.dhcp("eth0").launches(), 1);
+    expectDown({{sim::IFDISCONNECTED, "eth0"}});
+}
+
 TEST_F(TakenDown, InAnotherModeLosesItsClientWithTheNextConfiguration)
 {
     for (const auto mode : {_MOVO_NET_IPMODE_DHCP_, _MOVO_NET_IPMODE_STATIC_}) {
