@@ -13,7 +13,7 @@ for nic in eth0 eth1; do
     ip address flush dev $nic
     ip link set $nic down
 done
-rm -rf /data/tv/save/* /tmp/dhcp /tmp/dhcpnotify.pipe.* /tmp/NotifyNtpclient /etc/dhcpc/* /var/lib/dhcpcd/* /run/dhcpcd
+rm -rf /tmp/dhcp /tmp/dhcpnotify.pipe.* /tmp/NotifyNtpclient /etc/dhcpc/* /var/lib/dhcpcd/* /run/dhcpcd
 : > /etc/resolv.conf
 find /movo/board -maxdepth 1 -type f -exec cp {} /system/bin/ +
 """
@@ -45,6 +45,11 @@ class Television:
         self._begin = self._cursor = len(self.machine.log.lines)
         self.machine.cable("eth0", True)
         self.machine.cable("eth1", False)
+        self.machine.check("rm -rf /data/tv/save/*" + RESET)
+
+    def cut_power(self):
+        """And switches it on again, without a daemon: what it has on its flash is left, and nobody serves addresses."""
+        self.switch_off()
         self.machine.check(RESET)
 
     def switch_off(self):

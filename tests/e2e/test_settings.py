@@ -10,34 +10,16 @@ STATIC = "192.168.10.77 255.255.255.0 192.168.10.1 192.168.10.1"
 NETCONFIG = "/data/tv/save/netconfig"
 
 
-@pytest.fixture
-def switch_on(switched_on):
-    """Boots a television with these cards; the one before is cut off from power then, and its settings are kept."""
-
-    def boot(*nics):
-        tv = Television(VirtualSet(nics=nics, clock="own"))
-        tv.machine.start()
-        for before in switched_on:
-            tv.machine.write(NETCONFIG, before.machine.read(NETCONFIG))
-            before.machine.stop()
-        switched_on.append(tv)
-        return tv
-
-    yield boot
-    for tv in switched_on:
-        tv.machine.stop()
-
-
-def test_settings_survive_a_power_cut(switch_on):
-    tv = switch_on("user")
-    tv.play("""
+def test_settings_survive_a_power_cut(tv):
+    tv.serve(0)
+    tv.play(f"""
         expect DHCP_SUCCESS eth0
-        static eth0 10.0.2.77 255.255.255.0 10.0.2.2 10.0.2.3 10.0.2.4
+        static eth0 {STATIC} 192.168.10.2
         mode eth0 static
         expect STATICIP_SUCCESS eth0
     """)
 
-    tv = switch_on("user")
+    tv.cut_power()
     shown = tv.play("""
         expect IFFOUND eth0
         mode eth0
@@ -45,17 +27,18 @@ def test_settings_survive_a_power_cut(switch_on):
     """)
     assert "0 success: static" in shown
     assert "\n".join(shown.splitlines()[-4:]) == """\
-  address  10.0.2.77
+  address  192.168.10.77
   mask     255.255.255.0
-  gateway  10.0.2.2
-  dns      10.0.2.3 10.0.2.4"""
+  gateway  192.168.10.1
+  dns      192.168.10.1 192.168.10.2"""
 
+    tv.serve(0)
     tv.start()
-    tv.expect("set gateway to 10.0.2.2")
-    tv.sees(tv.default_routes, [("10.0.2.2", "eth0")])
-    assert tv.address("eth0") == "10.0.2.77/24"
-    tv.sees(tv.resolver, ["nameserver 10.0.2.3", "nameserver 10.0.2.4"])
-    tv.reaches("10.0.2.2")
+    tv.expect("set gateway to 192.168.10.1")
+    tv.sees(tv.default_routes, [("192.168.10.1", "eth0")])
+    assert tv.address("eth0") == "192.168.10.77/24"
+    tv.sees(tv.resolver, ["nameserver 192.168.10.1", "nameserver 192.168.10.2"])
+    tv.reaches("192.168.10.1")
 
 
 def wake_setting(tv, nic):
@@ -63,8 +46,16 @@ def wake_setting(tv, nic):
     return re.search(r"^\s+Wake-on: (\w+)", tv.machine.check(f"ethtool {nic}"), re.M)[1]
 
 
-def test_a_magic_packet_may_wake_the_set(switch_on):
-    tv = switch_on("user", "wakeable")
+@pytest.fixture
+def wakeable_tv(switched_on):
+    """One more television, whose second card can wake it."""
+    with VirtualSet(nics=["user", "wakeable"], clock="own") as machine:
+        switched_on.append(Television(machine))
+        yield switched_on[-1]
+
+
+def test_a_magic_packet_may_wake_the_set(wakeable_tv):
+    tv = wakeable_tv
     tv.machine.check("ethtool -s eth1 wol d")
     assert tv.play("wol eth1 on").splitlines()[-1] == "0 success"
     assert wake_setting(tv, "eth1") == "g"

@@ -21,8 +21,8 @@ class WirelessTelevision(Television):
         self.machine.check(RESET)
 
     def cut_power(self):
-        """Only what is remembered is left, and the system has started its supplicant."""
-        self.switch_off()
+        """As without a chip; the system has started its supplicant."""
+        super().cut_power()
         self.machine.check(RESET)
 
     def start(self, program="/movo/build/release/recovery/recovery_net", chip="brcm_43569"):
