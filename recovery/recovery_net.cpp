@@ -22,13 +22,20 @@ void fillStandardDescriptors()
         }
     }
 }
+/** When the reader of our output ends, output is lost. A handler, since commands would inherit an ignored signal. */
+void outliveReader()
+{
+    struct sigaction nothing {};
+    nothing.sa_handler = [](int) {};
+    nothing.sa_flags = SA_RESTART;
+    (void)sigaction(SIGPIPE, &nothing, nullptr);
+}
 } // namespace
 
 int main()
 {
     fillStandardDescriptors();
-    // When the reader of our output ends, output is lost. A handler, since commands would inherit an ignored signal.
-    (void)std::signal(SIGPIPE, [](int) {});
+    outliveReader();
     // An ignored SIGCHLD, as some starters leave it, would make every command seem to fail.
     (void)std::signal(SIGCHLD, SIG_DFL);
     kest_debug_init("MOVOAPP_TEST");
