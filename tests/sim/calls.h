@@ -31,6 +31,8 @@ int sim_remove(const char* path);
 int sim_rename(const char* from, const char* to);
 int sim_access(const char* path, int mode);
 int sim_stat(const char* path, struct stat* status);
+int sim_lstat(const char* path, struct stat* status);
+int sim_fstat(int fd, struct stat* status);
 int sim_chmod(const char* path, mode_t mode);
 int sim_fchmod(int fd, mode_t mode);
 void sim_sync();
