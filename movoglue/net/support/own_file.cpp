@@ -23,4 +23,28 @@ int openRegular(const char* path, int access, Owner owner)
     }
     return fd;
 }
+
+std::FILE* openStream(const char* path, Owner owner)
+{
+    const int fd = openRegular(path, O_RDONLY, owner);
+    std::FILE* stream = fd >= 0 ? fdopen(fd, "r") : nullptr;
+    if (stream == nullptr && fd >= 0) {
+        (void)close(fd);
+    }
+    return stream;
+}
+
+int openEmptied(const char* path, mode_t mode)
+{
+    int fd = openRegular(path, O_WRONLY);
+    if (fd < 0) {
+        (void)unlink(path);
+        fd = open(path, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode);
+    }
+    if (fd >= 0 && (fchmod(fd, mode) != 0 || ftruncate(fd, 0) != 0)) {
+        (void)close(fd);
+        return -1;
+    }
+    return fd;
+}
 } // namespace movonet

@@ -2,6 +2,7 @@
 #ifndef MOVO_NET_SUPPORT_OWN_FILE_H
 #define MOVO_NET_SUPPORT_OWN_FILE_H
 
+#include <cstdio>
 #include <sys/types.h>
 
 namespace movonet {
@@ -18,6 +19,17 @@ bool isTrusted(int fd, mode_t kind, Owner owner = Owner::Us);
  * @return A close-on-exec descriptor, or -1: as for open, or with EPERM for any other file.
  */
 int openRegular(const char* path, int access, Owner owner = Owner::Us);
+
+/** The same for reading, as a stream; NULL instead of -1. */
+std::FILE* openStream(const char* path, Owner owner = Owner::Us);
+
+/**
+ * Opens our regular file for writing, empty and of this mode whatever the umask. What else is in its place is removed
+ * first, once.
+ *
+ * @return A close-on-exec descriptor, or -1 as open.
+ */
+int openEmptied(const char* path, mode_t mode);
 } // namespace movonet
 
 #endif
