@@ -2,13 +2,13 @@
 #include "support/command.h"
 #include "support/fd.h"
 #include "support/log.h"
+#include "support/own_file.h"
 #include "support/shared.h"
 #include "support/text.h"
 
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <fcntl.h>
 #include <string_view>
 #include <sys/inotify.h>
 #include <sys/select.h>
@@ -61,7 +61,7 @@ int openPipe(const FixedText<261>& path, CallSite at)
         NET_LOG_AT(at, KEST_LEVEL_ERROR, "HOSTAP:can't create fifo : %s\n", std::strerror(errno));
         return kNoFd;
     }
-    const int fd = open(path.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
+    const int fd = openFifo(path.c_str());
     if (fd < 0) {
         NET_LOG_AT(at, KEST_LEVEL_ERROR, "HOSTAP:can not open file: %s error is %s\n", path.c_str(),
                    std::strerror(errno));
@@ -172,7 +172,8 @@ int SoftAP_Gethostap_Pipe(void)
         leavePlace(s_pipes);
         return -1;
     }
-    if (runShell(FixedText<128>("chmod 777 %s", path.c_str())) != 0) {
+    // The command follows links, so that the name must still be the pipe's.
+    if (!isNamed(fd, path.c_str()) || runShell(FixedText<128>("chmod 777 %s", path.c_str())) != 0) {
         NET_ERROR("HOSTAP:chmod failed \n");
         return -1;
     }

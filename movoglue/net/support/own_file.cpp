@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 namespace movonet {
+namespace {
 bool isTrusted(int fd, mode_t kind, Owner owner)
 {
     struct stat status {};
@@ -13,15 +14,21 @@ bool isTrusted(int fd, mode_t kind, Owner owner)
            (owner == Owner::Anybody || status.st_uid == geteuid());
 }
 
-int openRegular(const char* path, int access, Owner owner)
+int openTrusted(const char* path, int access, mode_t kind, Owner owner)
 {
     const int fd = open(path, access | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
-    if (fd >= 0 && !isTrusted(fd, S_IFREG, owner)) {
+    if (fd >= 0 && !isTrusted(fd, kind, owner)) {
         (void)close(fd);
         errno = EPERM;
         return -1;
     }
     return fd;
+}
+} // namespace
+
+int openRegular(const char* path, int access, Owner owner)
+{
+    return openTrusted(path, access, S_IFREG, owner);
 }
 
 std::FILE* openStream(const char* path, Owner owner)
@@ -46,5 +53,18 @@ int openEmptied(const char* path, mode_t mode)
         return -1;
     }
     return fd;
+}
+
+int openFifo(const char* path)
+{
+    return openTrusted(path, O_RDWR, S_IFIFO, Owner::Us);
+}
+
+bool isNamed(int fd, const char* path)
+{
+    struct stat opened {};
+    struct stat named {};
+    return fstat(fd, &opened) == 0 && lstat(path, &named) == 0 && opened.st_dev == named.st_dev &&
+           opened.st_ino == named.st_ino;
 }
 } // namespace movonet

@@ -8,9 +8,6 @@
 namespace movonet {
 enum class Owner { Us, Anybody };
 
-/** True when `fd` is a file of this kind (S_IFREG, S_IFIFO) with a single name and this owner. */
-bool isTrusted(int fd, mode_t kind, Owner owner = Owner::Us);
-
 /**
  * Opens a regular file that has a single name. Follows no symbolic link and waits for nobody; truncates nothing.
  *
@@ -30,6 +27,11 @@ std::FILE* openStream(const char* path, Owner owner = Owner::Us);
  * @return A close-on-exec descriptor, or -1 as open.
  */
 int openEmptied(const char* path, mode_t mode);
+/** Opens a FIFO of ours for reading and writing, which does not wait. -1 as `openRegular`. */
+int openFifo(const char* path);
+
+/** True while `path` itself, not a link, names the file that `fd` is open on. */
+bool isNamed(int fd, const char* path);
 } // namespace movonet
 
 #endif

@@ -44,4 +44,43 @@ INSTANTIATE_TEST_SUITE_P(Kinds, PlantedPidFile,
                          testing::Values(Plant::Link, Plant::DanglingLink, Plant::HardLink, Plant::Fifo,
                                          Plant::ForeignFile),
                          [](const auto& test) { return sim::nameOf(test.param); });
+
+class PlantedPipe : public testing::TestWithParam<Plant> {};
+
+/** Planted after whatever was there has been removed, so that mkfifo finds it. */
+TEST_P(PlantedPipe, IsNotOpened)
+{
+    Bench bench;
+    bench.set.fail({.call = sim::Call::Mkfifo, .on = kPipe, .nth = 1, .does = [&bench] {
+                        sim::plant(bench.set, kPipe, GetParam(), "secret");
+                    }});
+    EXPECT_EQ(ConfigIP(&bench.iface, movonet::kForce), 1);
+    EXPECT_EQ(only(said(bench.set), {"ERROR ConfigIP: can not open file: /tmp/dhcpnotify.pipe.eth0 error is "}).size(),
+              1U);
+    EXPECT_EQ(ran(bench.set), Lines{"ifconfig eth0 0.0.0.0"}) << "no chmod";
+    EXPECT_EQ(bench.iface.dhcpcfd, -1);
+    EXPECT_EQ(openFiles(bench.set), Lines{});
+    EXPECT_EQ(bench.set.exists(sim::kVictim), GetParam() == Plant::Link || GetParam() == Plant::HardLink);
+}
+
+INSTANTIATE_TEST_SUITE_P(Kinds, PlantedPipe,
+                         testing::Values(Plant::Link, Plant::DanglingLink, Plant::HardLink, Plant::ForeignFifo,
+                                         Plant::ForeignFile),
+                         [](const auto& test) { return sim::nameOf(test.param); });
+
+TEST(Pipe, IsLookedAtOnceMoreBeforeItsModeChanges)
+{
+    Bench bench;
+    const int looks = bench.set.fail({.call = sim::Call::Stat,
+                                      .on = kPipe,
+                                      .nth = 2,
+                                      .does = [&bench] { sim::plant(bench.set, kPipe, Plant::Link, "secret"); },
+                                      .mayMiss = true});
+    EXPECT_EQ(ConfigIP(&bench.iface, movonet::kForce), 1);
+    EXPECT_EQ(bench.set.hits(looks), 1);
+    EXPECT_EQ(ran(bench.set), Lines{"ifconfig eth0 0.0.0.0"}) << "no chmod";
+    EXPECT_EQ(said(bench.set).back(), "ERROR ConfigIP: :chmod failed \n");
+    EXPECT_EQ(ShutdownDhcpcd(&bench.iface, movonet::kRelease), 1);
+    EXPECT_EQ(openFiles(bench.set), Lines{});
+}
 } // namespace
