@@ -1,6 +1,8 @@
 #include "bench.h"
 #include "sim/plants.h"
 
+#include <sys/stat.h>
+
 using namespace dhcp;
 using sim::Plant;
 
@@ -82,5 +84,34 @@ TEST(Pipe, IsLookedAtOnceMoreBeforeItsModeChanges)
     EXPECT_EQ(said(bench.set).back(), "ERROR ConfigIP: :chmod failed \n");
     EXPECT_EQ(ShutdownDhcpcd(&bench.iface, movonet::kRelease), 1);
     EXPECT_EQ(openFiles(bench.set), Lines{});
+}
+
+class LinkedTimeMark : public testing::TestWithParam<Plant> {};
+
+TEST_P(LinkedTimeMark, GivesWayToTheMark)
+{
+    sim::Set set;
+    sim::plant(set, kMarker, GetParam(), "secret");
+    NotifyNtpclient();
+    struct stat status {};
+    ASSERT_EQ(lstat(set.real(kMarker).c_str(), &status), 0);
+    EXPECT_TRUE(S_ISREG(status.st_mode));
+    EXPECT_EQ(set.read(kMarker), "");
+    EXPECT_EQ(set.exists(sim::kVictim), GetParam() == Plant::Link);
+    EXPECT_EQ(set.openDescriptors(), Lines{});
+}
+
+INSTANTIATE_TEST_SUITE_P(Kinds, LinkedTimeMark, testing::Values(Plant::Link, Plant::DanglingLink),
+                         [](const auto& test) { return sim::nameOf(test.param); });
+
+TEST(TimeMark, FollowsNoLinkThatComesAtTheLastMoment)
+{
+    sim::Set set;
+    set.write("/tmp/.keep", "");
+    set.fail({.call = sim::Call::Open, .on = kMarker, .nth = 1, .does = [&set] {
+                  sim::plant(set, kMarker, Plant::DanglingLink);
+              }});
+    NotifyNtpclient();
+    EXPECT_FALSE(set.exists(sim::kVictim));
 }
 } // namespace
