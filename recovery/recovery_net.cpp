@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <kest.h>
 #include <movo_net.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -27,6 +28,7 @@ void fillStandardDescriptors()
 int main()
 {
     fillStandardDescriptors();
+    (void)umask(022); // what everybody reads stays so, and nobody else writes it, whoever starts us
     // When the reader of our output ends, output is lost. A handler, since commands would inherit an ignored signal.
     (void)std::signal(SIGPIPE, [](int) {});
     // An ignored SIGCHLD, as some starters leave it, would make every command seem to fail.

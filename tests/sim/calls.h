@@ -74,6 +74,7 @@ int sim_pthread_cond_signal(pthread_cond_t* condition);
 int sim_pthread_cond_broadcast(pthread_cond_t* condition);
 
 void* sim_malloc(size_t size);
+void sim_free(void* memory);
 void* sim_calloc(size_t count, size_t size);
 char* sim_strdup(const char* text);
 int sim_vasprintf(char** text, const char* format, va_list arguments) __attribute__((format(printf, 2, 0)));
