@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <fcntl.h>
 #include <string_view>
 #include <sys/inotify.h>
 #include <sys/select.h>
@@ -69,10 +70,17 @@ int openPipe(const FixedText<261>& path, CallSite at)
     return fd;
 }
 
+/** False while there is no list; what a local user has planted in its place, a link or a FIFO, is none. */
+bool watchList(int watch)
+{
+    const UniqueFd list(openRegular(kLeaseFile, O_RDONLY, Owner::Anybody));
+    return list && inotify_add_watch(watch, kLeaseFile, IN_MODIFY) >= 0;
+}
+
 /** Waits, for good if need be, until the lease file can be watched; a file that is watched stays so. */
 void awaitLeases(int watch)
 {
-    while (inotify_add_watch(watch, kLeaseFile, IN_MODIFY) < 0) {
+    while (!watchList(watch)) {
         Kest_Util_Delay(kWatchDelayMs);
     }
 }

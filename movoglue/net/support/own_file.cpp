@@ -10,8 +10,8 @@ namespace {
 bool isTrusted(int fd, mode_t kind, Owner owner)
 {
     struct stat status {};
-    return fstat(fd, &status) == 0 && (status.st_mode & S_IFMT) == kind && status.st_nlink == 1 &&
-           (owner == Owner::Anybody || status.st_uid == geteuid());
+    return fstat(fd, &status) == 0 && (status.st_mode & S_IFMT) == kind &&
+           (owner == Owner::Anybody || (status.st_uid == geteuid() && status.st_nlink == 1));
 }
 
 int openTrusted(const char* path, int access, mode_t kind, Owner owner)

@@ -6,10 +6,11 @@
 #include <sys/types.h>
 
 namespace movonet {
+/** Whose a file may be. One of ours must not have a second name: it could be any file of ours. */
 enum class Owner { Us, Anybody };
 
 /**
- * Opens a regular file that has a single name. Follows no symbolic link and waits for nobody; truncates nothing.
+ * Opens a regular file. Follows no symbolic link and waits for nobody; truncates nothing.
  *
  * @param[in] access  O_RDONLY, O_WRONLY or O_RDWR.
  *
@@ -27,6 +28,7 @@ std::FILE* openStream(const char* path, Owner owner = Owner::Us);
  * @return A close-on-exec descriptor, or -1 as open.
  */
 int openEmptied(const char* path, mode_t mode);
+
 /** Opens a FIFO of ours for reading and writing, which does not wait. -1 as `openRegular`. */
 int openFifo(const char* path);
 
