@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <kest.h>
 #include <movo_net.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -35,6 +36,7 @@ void outliveReader()
 int main()
 {
     fillStandardDescriptors();
+    (void)umask(022); // what everybody reads stays so, and nobody else writes it, whoever starts us
     outliveReader();
     // An ignored SIGCHLD, as some starters leave it, would make every command seem to fail.
     (void)std::signal(SIGCHLD, SIG_DFL);

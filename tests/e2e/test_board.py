@@ -150,3 +150,102 @@ def test_each_chip_has_a_file_with_its_variables():
 def test_launch_fails_without_a_chip_it_knows(run):
     assert run("launch", "nochip", "true")[0] == 2
     assert run("launch", "brcm_43569")[0] == 2
+
+
+def own(function, path):
+    """Runs a function of the adapters' own library on a path; returns its status."""
+    return subprocess.run(["sh", "-euc", f'. "{BOARD}/own"; {function} "{path}"'], check=False, timeout=600).returncode
+
+
+@pytest.fixture
+def victim(tmp_path):
+    file = tmp_path / "victim"
+    file.write_text("secret")
+    return file
+
+
+@pytest.fixture(params=["link", "dangling link", "fifo", "folder", "another user's"])
+def planted(request, tmp_path, victim):
+    path = tmp_path / "planted"
+    if request.param == "link":
+        path.symlink_to(victim)
+    elif request.param == "dangling link":
+        path.symlink_to(tmp_path / "nothing")
+    elif request.param == "fifo":
+        os.mkfifo(path)
+    elif request.param == "folder":
+        path.mkdir()
+        (path / "file").touch()
+    elif os.geteuid() == 0:
+        path.touch()
+        os.chown(path, 65534, 65534)
+    else:
+        pytest.skip("only root has other users' files here")
+    return path
+
+
+def test_what_is_planted_for_a_file_is_removed(planted, victim, tmp_path):
+    assert own("own_file", planted) == 0
+    assert not os.path.lexists(planted)
+    assert victim.read_text() == "secret"
+    assert not (tmp_path / "nothing").exists()
+
+
+def test_a_file_of_our_own_stays(victim, tmp_path):
+    assert own("own_file", victim) == 0
+    assert victim.read_text() == "secret"
+    assert own("own_file", tmp_path / "absent") == 0
+
+
+@pytest.mark.skipif(os.geteuid() != 0, reason="only root makes other users' files")
+def test_a_file_of_a_user_who_may_have_it_stays(victim):
+    os.chown(victim, 65534, 65534)
+    assert own("own_file", f'{victim}" "nobody') == 0
+    assert victim.exists()
+    assert own("own_file", f'{victim}" "daemon') == 0
+    assert not victim.exists()
+
+
+def test_what_is_planted_for_a_folder_becomes_one_of_our_own(planted, victim):
+    assert own("own_folder", planted) == 0
+    assert planted.is_dir() and not planted.is_symlink()
+    assert planted.stat().st_uid == os.geteuid()
+    assert planted.stat().st_mode & 0o022 == 0
+    assert victim.read_text() == "secret"
+
+
+def test_a_folder_of_our_own_is_closed_to_others(tmp_path):
+    folder = tmp_path / "folder"
+    folder.mkdir()
+    folder.chmod(0o777)
+    (folder / "file").touch()
+    assert own("own_folder", folder) == 0
+    assert folder.stat().st_mode & 0o777 == 0o755
+    assert (folder / "file").exists()
+
+
+def test_a_link_to_a_pipe_is_no_pipe_of_our_own(tmp_path, victim):
+    os.mkfifo(tmp_path / "fifo")
+    (tmp_path / "link").symlink_to(tmp_path / "fifo")
+    assert own("own_pipe", tmp_path / "fifo") == 0
+    for other in (tmp_path / "link", victim, tmp_path / "absent"):
+        assert own("own_pipe", other) != 0
+
+
+def test_the_journal_is_not_written_through_a_link(run, victim):
+    run.files["WL_JOURNAL"].symlink_to(victim)
+    assert run("wl", "up") == (0, "")
+    assert victim.read_text() == "secret"
+    assert run.files["WL_JOURNAL"].read_text() == "up\n"
+
+
+def test_a_station_is_not_told_through_a_link(run, tmp_path):
+    os.mkfifo(tmp_path / "other")
+    run.files["SOFTAP_PIPE"].symlink_to(tmp_path / "other")
+    reader = os.open(tmp_path / "other", os.O_RDWR | os.O_NONBLOCK)
+    try:
+        assert run("softap_stations", "bcm0", "AP-STA-CONNECTED", "02:00:00:00:02:00") == (0, "")
+        with pytest.raises(BlockingIOError):
+            os.read(reader, 16)
+    finally:
+        os.close(reader)

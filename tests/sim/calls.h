@@ -31,6 +31,8 @@ int sim_remove(const char* path);
 int sim_rename(const char* from, const char* to);
 int sim_access(const char* path, int mode);
 int sim_stat(const char* path, struct stat* status);
+int sim_lstat(const char* path, struct stat* status);
+int sim_fstat(int fd, struct stat* status);
 int sim_chmod(const char* path, mode_t mode);
 int sim_fchmod(int fd, mode_t mode);
 void sim_sync();
@@ -72,6 +74,7 @@ int sim_pthread_cond_signal(pthread_cond_t* condition);
 int sim_pthread_cond_broadcast(pthread_cond_t* condition);
 
 void* sim_malloc(size_t size);
+void sim_free(void* memory);
 void* sim_calloc(size_t count, size_t size);
 char* sim_strdup(const char* text);
 int sim_vasprintf(char** text, const char* format, va_list arguments) __attribute__((format(printf, 2, 0)));

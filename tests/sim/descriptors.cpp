@@ -11,14 +11,6 @@
 
 namespace sim {
 namespace {
-/** What a descriptor was opened on; empty for one that the test has given. */
-std::string subjectOf(int fd)
-{
-    const Hold hold;
-    const Descriptor* descriptor = findDescriptor(fd);
-    return descriptor != nullptr ? descriptor->subject : "";
-}
-
 bool waitsToBeRead(int fd)
 {
     const Hold hold;
@@ -101,7 +93,7 @@ int sim_close(int fd)
     if (!active()) {
         return close(fd);
     }
-    const std::string subject = subjectOf(fd);
+    const std::string subject = openedOn(fd);
     const auto strike = enter(Call::Close, {.name = subject});
     bool known = false;
     {
@@ -122,7 +114,7 @@ ssize_t sim_read(int fd, void* buffer, size_t size)
     if (!active()) {
         return read(fd, buffer, size);
     }
-    const std::string subject = subjectOf(fd);
+    const std::string subject = openedOn(fd);
     const auto strike = enter(Call::Read, {.name = subject});
     if (strike && strike->bytes < 0) {
         return failWith(strike->error);
@@ -142,7 +134,7 @@ ssize_t sim_write(int fd, const void* buffer, size_t size)
     if (!active()) {
         return write(fd, buffer, size);
     }
-    const std::string subject = subjectOf(fd);
+    const std::string subject = openedOn(fd);
     const auto strike = enter(Call::Write, {.name = subject});
     if (strike && strike->bytes < 0) {
         return failWith(strike->error);
@@ -157,13 +149,13 @@ ssize_t sim_write(int fd, const void* buffer, size_t size)
 off_t sim_lseek(int fd, off_t offset, int whence)
 {
     if (active()) {
-        if (const auto strike = enter(Call::Lseek, {.name = subjectOf(fd)})) {
+        if (const auto strike = enter(Call::Lseek, {.name = openedOn(fd)})) {
             return failWith(strike->error);
         }
     }
     const off_t result = lseek(fd, offset, whence);
     if (active() && result >= 0) {
-        noteFileCall(Call::Lseek, fd, subjectOf(fd));
+        noteFileCall(Call::Lseek, fd, openedOn(fd));
     }
     return result;
 }
@@ -171,13 +163,13 @@ off_t sim_lseek(int fd, off_t offset, int whence)
 int sim_fsync(int fd)
 {
     if (active()) {
-        if (const auto strike = enter(Call::Fsync, {.name = subjectOf(fd)})) {
+        if (const auto strike = enter(Call::Fsync, {.name = openedOn(fd)})) {
             return failWith(strike->error);
         }
     }
     const int result = fsync(fd);
     if (active() && result == 0) {
-        noteFileCall(Call::Fsync, fd, subjectOf(fd));
+        noteFileCall(Call::Fsync, fd, openedOn(fd));
     }
     return result;
 }

@@ -3,6 +3,7 @@
 #include "sim/sim.h"
 #include "sim/world.h"
 
+#include <algorithm>
 #include <cstdarg>
 #include <fcntl.h>
 #include <filesystem>
@@ -16,7 +17,27 @@ bool isKernelTable(const std::string& path)
 {
     return path == "/proc/net/dev" || path == "/proc/net/wireless";
 }
+
+/** Gives a file of another user another owner. */
+int withOwner(int result, struct stat* status)
+{
+    const Hold hold;
+    const auto& foreign = world().files.foreign;
+    if (result == 0 && std::ranges::any_of(foreign, [status](const ForeignFile& file) {
+            return file.device == status->st_dev && file.number == status->st_ino;
+        })) {
+        ++status->st_uid;
+    }
+    return result;
+}
 } // namespace
+
+std::string openedOn(int fd)
+{
+    const Hold hold;
+    const Descriptor* descriptor = findDescriptor(fd);
+    return descriptor != nullptr ? descriptor->subject : "";
+}
 
 std::string preparedPath(const std::string& path)
 {
@@ -80,6 +101,15 @@ void Set::remove(const std::string& path)
     const Hold hold;
     world().files.taken.insert(path);
     std::filesystem::remove_all(realPath(path));
+}
+
+void Set::disown(const std::string& path)
+{
+    const int fd = open(realPath(path).c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC);
+    struct stat status {};
+    EXPECT_EQ(fstat(fd, &status), 0) << path;
+    const Hold hold;
+    world().files.foreign.push_back({fd, status.st_dev, status.st_ino});
 }
 
 std::string Set::real(const std::string& path) const
@@ -194,6 +224,28 @@ int sim_stat(const char* path, struct stat* status)
     return stat(preparedPath(path).c_str(), status);
 }
 
+int sim_lstat(const char* path, struct stat* status)
+{
+    if (!active()) {
+        return lstat(path, status);
+    }
+    if (const auto strike = enter(Call::Stat, {.name = path})) {
+        return failWith(strike->error);
+    }
+    return withOwner(lstat(preparedPath(path).c_str(), status), status);
+}
+
+int sim_fstat(int fd, struct stat* status)
+{
+    if (!active()) {
+        return fstat(fd, status);
+    }
+    if (const auto strike = enter(Call::Stat, {.name = openedOn(fd)})) {
+        return failWith(strike->error);
+    }
+    return withOwner(fstat(fd, status), status);
+}
+
 int sim_chmod(const char* path, mode_t mode)
 {
     if (!active()) {
@@ -210,13 +262,7 @@ int sim_fchmod(int fd, mode_t mode)
     if (!active()) {
         return fchmod(fd, mode);
     }
-    std::string path;
-    {
-        const Hold hold;
-        const Descriptor* descriptor = findDescriptor(fd);
-        path = descriptor != nullptr ? descriptor->subject : "";
-    }
-    if (const auto strike = enter(Call::Chmod, {.name = path})) {
+    if (const auto strike = enter(Call::Chmod, {.name = openedOn(fd)})) {
         return failWith(strike->error);
     }
     return fchmod(fd, mode);

@@ -1,10 +1,43 @@
 #include "sim/calls.h"
+#include "sim/freed.h"
 #include "sim/world.h"
 
 #include <cstdlib>
 #include <cstring>
+#include <malloc.h>
+#include <string_view>
+
+namespace sim {
+namespace {
+std::string s_watched; // guarded by the world
+int s_freed;
+} // namespace
+
+void watchFreed(const std::string& text)
+{
+    const Hold hold;
+    s_watched = text;
+    s_freed = 0;
+}
+
+int freedWithText()
+{
+    const Hold hold;
+    return s_freed;
+}
+} // namespace sim
 
 using namespace sim;
+
+void sim_free(void* memory)
+{
+    if (active() && memory != nullptr) {
+        const Hold hold;
+        const std::string_view contents(static_cast<const char*>(memory), malloc_usable_size(memory));
+        s_freed += !s_watched.empty() && contents.find(s_watched) != std::string_view::npos ? 1 : 0;
+    }
+    std::free(memory);
+}
 
 void* sim_malloc(size_t size)
 {

@@ -73,6 +73,9 @@ void removeRoot()
     for (const auto& [stream, status] : w.files.streams) {
         (void)fclose(stream);
     }
+    for (const ForeignFile& file : w.files.foreign) {
+        (void)close(file.fd);
+    }
     std::filesystem::remove_all(w.root);
 }
 

@@ -79,6 +79,8 @@ public:
     bool exists(const std::string& path) const;
     /** Removes a file, or a folder with all it holds. */
     void remove(const std::string& path);
+    /** Another user owns the file, whatever its kind. */
+    void disown(const std::string& path);
     /** Where the path really is, for whatever else a test wants to do with it. */
     std::string real(const std::string& path) const;
 

@@ -16,6 +16,7 @@
 #include <pthread.h>
 #include <set>
 #include <string>
+#include <sys/types.h>
 #include <vector>
 
 namespace sim {
@@ -85,7 +86,15 @@ struct Descriptor {
     std::uint32_t mask = 0;
 };
 
+/** A file of another user. Kept open, so that no other file gets its number. */
+struct ForeignFile {
+    int fd;
+    dev_t device;
+    ino_t number;
+};
+
 struct Files {
+    std::vector<ForeignFile> foreign;
     std::set<std::string> taken;                 ///< Kernel tables that a test has written itself.
     std::map<std::string, std::string> rendered; ///< Those that the set has written, as they are.
     std::map<int, Descriptor> descriptors;

@@ -144,6 +144,8 @@ FaultRule* strikes(Call call, const Subject& subject, ThreadKind kind);
 
 /** Where a file of the product really is; a kernel table is written before it is looked at. */
 std::string preparedPath(const std::string& path);
+/** What a descriptor was opened on; empty for one that the test has given. */
+std::string openedOn(int fd);
 /** Installs the callback recorder when `start` wants it and this is the first look at the kernel's tables. */
 void installAtFirstLook(const std::string& path);
 

@@ -12,6 +12,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 using namespace movonet;
@@ -210,10 +211,14 @@ RETURN_TYPE ifconfig_up(const char* ifname)
 void NotifyNtpclient(void)
 {
     constexpr const char* kMarker = "/tmp/NotifyNtpclient";
-    if (access(kMarker, F_OK) == 0) {
-        return;
+    struct stat status {};
+    if (lstat(kMarker, &status) == 0) {
+        if (!S_ISLNK(status.st_mode)) {
+            return;
+        }
+        (void)unlink(kMarker); // a local user's; the file that it names must not be made, nor hide the mark
     }
-    const int fd = open(kMarker, O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+    const int fd = open(kMarker, O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
     if (fd >= 0) {
         (void)close(fd);
     }

@@ -5,12 +5,12 @@
 #include "movo_net_fl_wpactrl/wpactrl.h"
 #include "support/command.h"
 #include "support/log.h"
+#include "support/own_file.h"
 #include "support/shared.h"
 #include "support/text.h"
 
 #include <cerrno>
 #include <cstring>
-#include <fcntl.h>
 #include <sys/select.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -96,7 +96,7 @@ bool openPipe(MovoNetIface_t* pIface, const HeapText& path, CallSite at)
         NET_LOG_AT(at, KEST_LEVEL_ERROR, "can't create fifo : %s\n", std::strerror(errno));
         return false;
     }
-    const int fd = open(path.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
+    const int fd = openFifo(path.c_str());
     if (fd < 0) {
         NET_LOG_AT(at, KEST_LEVEL_ERROR, "can not open file: %s error is %s\n", path.c_str(), std::strerror(errno));
         return false;
@@ -133,9 +133,10 @@ bool watchPipe(const Run& run, const HeapText& path)
     return true;
 }
 
-bool openToEverybody(const HeapText& path, CallSite at)
+/** The command follows links, so that the name must still be the pipe's. */
+bool openToEverybody(const MovoNetIface_t& iface, const HeapText& path, CallSite at)
 {
-    if (runShell(HeapText("chmod 777 %s", path.c_str())) != 0) {
+    if (!isNamed(get(iface.dhcpcfd), path.c_str()) || runShell(HeapText("chmod 777 %s", path.c_str())) != 0) {
         NET_LOG_AT(at, KEST_LEVEL_ERROR, ":chmod failed \n");
         return false;
     }
@@ -159,7 +160,7 @@ RETURN_TYPE startClient(const Run& run)
 {
     MovoNetIface_t* pIface = run.iface;
     const HeapText path("%s.%s", get(s_sDhcpcdPipeName), pIface->name);
-    if (!watchPipe(run, path) || !openToEverybody(path, run.at) || run.over()) {
+    if (!watchPipe(run, path) || !openToEverybody(*pIface, path, run.at) || run.over()) {
         return kFail;
     }
     set(pIface->ipStatus, _MOVO_NET_IPSTATUS_DHCP_ACQUIRING_);

@@ -2,8 +2,9 @@
 #include "movo_net_fl_common/dhcp.h"
 #include "movo_net_fl_eventloop/eventloop.h"
 #include "support/command.h"
-#include "support/file.h"
+#include "support/fd.h"
 #include "support/log.h"
+#include "support/own_file.h"
 #include "support/process.h"
 #include "support/shared.h"
 #include "support/text.h"
@@ -12,6 +13,7 @@
 #include <climits>
 #include <csignal>
 #include <cstdlib>
+#include <fcntl.h>
 #include <unistd.h>
 
 using namespace movonet;
@@ -34,13 +36,14 @@ struct PidFile {
 PidFile readPidFile(const MovoNetIface_t& iface)
 {
     PidFile result(iface);
-    const UniqueFile file(result.path.c_str(), "re");
+    // What a local user may plant under this name counts as no file, or we would signal the process of his choice.
+    const UniqueFd file(openRegular(result.path.c_str(), O_RDONLY));
     result.exists = static_cast<bool>(file);
     if (!result.exists) {
         return result;
     }
     char text[32] = {};
-    result.empty = std::fread(text, 1, sizeof(text) - 1, file.get()) == 0;
+    result.empty = read(file.get(), text, sizeof(text) - 1) <= 0;
     // Rubbish reads as 0, and what no int holds as the nearest that one does.
     const long pid = std::strtol(text, nullptr, 10);
     result.pid = static_cast<int>(std::clamp<long>(pid, INT_MIN, INT_MAX));

@@ -2,6 +2,7 @@
 #include "support/command.h"
 #include "support/fd.h"
 #include "support/log.h"
+#include "support/own_file.h"
 #include "support/shared.h"
 #include "support/text.h"
 
@@ -61,7 +62,7 @@ int openPipe(const FixedText<261>& path, CallSite at)
         NET_LOG_AT(at, KEST_LEVEL_ERROR, "HOSTAP:can't create fifo : %s\n", std::strerror(errno));
         return kNoFd;
     }
-    const int fd = open(path.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
+    const int fd = openFifo(path.c_str());
     if (fd < 0) {
         NET_LOG_AT(at, KEST_LEVEL_ERROR, "HOSTAP:can not open file: %s error is %s\n", path.c_str(),
                    std::strerror(errno));
@@ -69,10 +70,17 @@ int openPipe(const FixedText<261>& path, CallSite at)
     return fd;
 }
 
+/** False while there is no list; what a local user has planted in its place, a link or a FIFO, is none. */
+bool watchList(int watch)
+{
+    const UniqueFd list(openRegular(kLeaseFile, O_RDONLY, Owner::Anybody));
+    return list && inotify_add_watch(watch, kLeaseFile, IN_MODIFY) >= 0;
+}
+
 /** Waits, for good if need be, until the lease file can be watched; a file that is watched stays so. */
 void awaitLeases(int watch)
 {
-    while (inotify_add_watch(watch, kLeaseFile, IN_MODIFY) < 0) {
+    while (!watchList(watch)) {
         Kest_Util_Delay(kWatchDelayMs);
     }
 }
@@ -172,7 +180,8 @@ int SoftAP_Gethostap_Pipe(void)
         leavePlace(s_pipes);
         return -1;
     }
-    if (runShell(FixedText<128>("chmod 777 %s", path.c_str())) != 0) {
+    // The command follows links, so that the name must still be the pipe's.
+    if (!isNamed(fd, path.c_str()) || runShell(FixedText<128>("chmod 777 %s", path.c_str())) != 0) {
         NET_ERROR("HOSTAP:chmod failed \n");
         return -1;
     }

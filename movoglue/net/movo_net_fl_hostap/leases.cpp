@@ -1,6 +1,7 @@
 #include "movo_net_fl_eventloop/eventloop.h"
 #include "movo_net_fl_hostap/hostap.h"
 #include "support/log.h"
+#include "support/own_file.h"
 
 #include <cctype>
 #include <cstdio>
@@ -16,11 +17,11 @@ constexpr int kOpenAttempts = 10;
 constexpr int kOpenDelayMs = 500;
 constexpr int kMaxLeases = 5;
 
-/** Opens the file; whoever writes it may be replacing it. */
+/** Opens the file; whoever writes it may be replacing it, and may be another user. */
 std::FILE* openLeases(CallSite at)
 {
     for (int attempt = 0; attempt < kOpenAttempts; ++attempt) {
-        if (std::FILE* file = std::fopen(kLeaseFile, "re"); file != nullptr) {
+        if (std::FILE* file = openStream(kLeaseFile, Owner::Anybody); file != nullptr) {
             return file;
         }
         NET_LOG_AT(at, KEST_LEVEL_ERROR, "HOSTAP:open %s  failed \n", kLeaseFile);

@@ -2,6 +2,7 @@
 
 #include "support/log.h"
 #include "support/shared.h"
+#include "support/wiped.h"
 
 #include <cstdlib>
 #include <cstring>
@@ -76,7 +77,7 @@ bool hasSavedEsss()
 void freeSavedEsss()
 {
     while (g_pSavedEsss != nullptr) {
-        std::free(takeOut(&g_pSavedEsss));
+        freeWiped(takeOut(&g_pSavedEsss));
     }
 }
 
@@ -132,7 +133,7 @@ RETURN_TYPE int_Movo_Net_DelEss(MovNetWifiEssItem_t ess)
     if (*link == nullptr) {
         return kOk;
     }
-    std::free(takeOut(link));
+    freeWiped(takeOut(link));
     NET_INFO("delete %s in saved ess list\n", ess.essid);
     return SaveEsss();
 }

@@ -4,9 +4,11 @@
 #include "support/fd.h"
 #include "support/log.h"
 #include "support/text.h"
+#include "support/wiped.h"
 
 #include <cstdlib>
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 using namespace movonet;
@@ -16,6 +18,9 @@ constexpr LogModule kLog{"movo_net_fl_wifi", &movoglue_net_debug};
 
 constexpr const char* g_sEssSaveFileName = "/data/tv/save/saved_esss";
 constexpr const char* g_sEssSaveFileName_back = "/data/tv/save/saved_esss_back";
+
+/** Both files hold keys in plain text. */
+constexpr mode_t kMode = 0600;
 
 FixedText<128> copyCommand(const char* from, const char* to)
 {
@@ -42,14 +47,24 @@ void writeRecords(int fd, CallSite at)
 /** Writes and syncs the main file; false when it cannot be opened. */
 bool writeMainFile(CallSite at)
 {
-    const UniqueFd file(open(g_sEssSaveFileName, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
+    const UniqueFd file(open(g_sEssSaveFileName, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, kMode));
     if (!file) {
         NET_LOG_AT(at, KEST_LEVEL_ERROR, "cannot open %s for write\n", g_sEssSaveFileName);
         return false;
     }
+    (void)fchmod(file.get(), kMode); // an older version's was everybody's to read
     writeRecords(file.get(), at);
     (void)fsync(file.get());
     return true;
+}
+
+/** The backup is there, and ours alone, before the copy fills it. */
+void prepareBackup()
+{
+    const UniqueFd backup(open(g_sEssSaveFileName_back, O_WRONLY | O_CREAT | O_CLOEXEC, kMode));
+    if (backup) {
+        (void)fchmod(backup.get(), kMode);
+    }
 }
 
 MovNetWifiEssItem_t* readRecord(int fd, CallSite at)
@@ -81,7 +96,7 @@ void freeList(MovNetWifiEssItem_t* head)
 {
     while (head != nullptr) {
         MovNetWifiEssItem_t* next = head->next;
-        std::free(head);
+        freeWiped(head);
         head = next;
     }
 }
@@ -106,6 +121,8 @@ RETURN_TYPE LoadEsss(void)
         NET_ERROR("esss :cannot open %s for read\n", g_sEssSaveFileName);
         return kFail;
     }
+    (void)fchmod(file.get(), kMode); // the same networks again are not saved
+    (void)chmod(g_sEssSaveFileName_back, kMode);
     const off_t size = lseek(file.get(), 0, SEEK_END);
     (void)lseek(file.get(), 0, SEEK_SET);
     NET_ERROR("esss: %s file size %d\n", g_sEssSaveFileName, static_cast<int>(size));
@@ -138,6 +155,7 @@ RETURN_TYPE SaveEsss(void)
     if (!writeMainFile(NET_HERE)) {
         return kFail;
     }
+    prepareBackup();
     if (runShell(copyCommand(g_sEssSaveFileName, g_sEssSaveFileName_back)) != 0) {
         // The lock is released here as everywhere: kept, it would stop every later look at a key.
         NET_ERROR("cannot cp  %s to %s\n", g_sEssSaveFileName, g_sEssSaveFileName_back);

@@ -4,6 +4,7 @@
 #include "movo_net_fl_wpactrl/wpactrl.h"
 #include "support/log.h"
 #include "support/shared.h"
+#include "support/wiped.h"
 
 #include <cstdlib>
 #include <new>
@@ -66,7 +67,7 @@ RETURN_TYPE attachWifi(MovoNetIface_t* pIface, CallSite at)
     const ScopedLock lock(wifi->lock);
     if (!lock) {
         NET_LOG_AT(at, KEST_LEVEL_ERROR, "lock wifi iface failed\n");
-        std::free(wifi);
+        freeWiped(wifi);
         return kFail;
     }
     set(pIface->priv, wifi);
@@ -99,7 +100,7 @@ void discardWifi(MovoNetIface_t& iface)
         return;
     }
     discardWpactrl(*wifi);
-    std::free(wifi);
+    freeWiped(wifi);
     iface.priv = nullptr;
 }
 } // namespace movonet

@@ -5,10 +5,10 @@
 #include "support/fd.h"
 #include "support/file.h"
 #include "support/log.h"
+#include "support/own_file.h"
 #include "support/shared.h"
 
 #include <cstring>
-#include <fcntl.h>
 #include <string_view>
 #include <unistd.h>
 
@@ -19,6 +19,7 @@ constexpr LogModule kLog{"movo_net_fl_wpactrl", &movoglue_net_debug};
 
 constexpr int kScanTicks = 300;
 constexpr const char* kResultFile = "/tmp/wpa_scan_result";
+constexpr mode_t kResultMode = 0644;
 constexpr std::string_view kHeader = "bssid / frequency / signal level / flags / ssid";
 
 /** Held while the file has one update's results, until they are read. Nothing is taken while it is held. */
@@ -41,7 +42,7 @@ RETURN_TYPE requestResults(Wpactrl_t* w, Reply& reply, CallSite at)
 /** Leaves the table where other programs see it. */
 RETURN_TYPE writeResults(const Reply& reply, CallSite at)
 {
-    const UniqueFd file(open(kResultFile, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
+    const UniqueFd file(openEmptied(kResultFile, kResultMode));
     if (!file) {
         NET_LOG_AT(at, KEST_LEVEL_ERROR, "Could not open scan result file.\n");
         return kFail;
@@ -61,7 +62,7 @@ RETURN_TYPE passThroughFile(const Reply& reply, ScanTable& table, bool& read, Ca
     if (writeResults(reply, at) != kOk) {
         return kFail;
     }
-    const UniqueFile file(kResultFile, "re");
+    const UniqueFile file(openStream(kResultFile)); // the name may have been taken meanwhile
     read = static_cast<bool>(file);
     if (read) {
         table.read(file.get());

@@ -3,8 +3,9 @@
 #include "movo_net_fl_wpactrl/channel.h"
 #include "movo_net_fl_wpactrl/connect.h"
 #include "support/command.h"
-#include "support/file.h"
+#include "support/fd.h"
 #include "support/log.h"
+#include "support/own_file.h"
 #include "support/process.h"
 #include "support/shared.h"
 #include "support/text.h"
@@ -12,6 +13,8 @@
 #include <climits>
 #include <cstdlib>
 #include <cstring>
+#include <fcntl.h>
+#include <unistd.h>
 #include <wpa_ctrl.h>
 
 using namespace movonet;
@@ -115,9 +118,9 @@ void killSupplicant(const MovoNetIface_t& iface, CallSite at)
 {
     const FixedText<128> path("/tmp/wpa_supplicant_%s.pid", iface.name);
     NET_LOG_AT(at, KEST_LEVEL_INFO, "checking file %s\n", path.c_str());
-    const UniqueFile file(path.c_str(), "re");
+    const UniqueFd file(openRegular(path.c_str(), O_RDONLY));
     char text[32] = {};
-    if (!file || std::fread(text, 1, sizeof(text) - 1, file.get()) == 0) {
+    if (!file || read(file.get(), text, sizeof(text) - 1) <= 0) {
         return;
     }
     const long long parsed = std::strtoll(text, nullptr, 10);

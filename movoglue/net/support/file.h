@@ -9,6 +9,7 @@ class UniqueFile {
 public:
     /** `mode` as for fopen with the letter e: "re", "we". */
     UniqueFile(const char* path, const char* mode) : m_file(std::fopen(path, mode)) {}
+    explicit UniqueFile(std::FILE* file) : m_file(file) {}
     UniqueFile(const UniqueFile&) = delete;
     UniqueFile& operator=(const UniqueFile&) = delete;
     ~UniqueFile()

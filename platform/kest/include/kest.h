@@ -40,7 +40,7 @@ extern kest_debug_category* KEST_CAT_DEFAULT;
 
 /**
  * Starts the logger: sets the threshold from the environment variable `KEST_DEBUG` (one digit, 0 to 5).
- * Any other value, or none, leaves the threshold as it is.
+ * Any other value, or none, leaves the threshold as it is. `KEST_DEBUG_KEYS=1` lets the log show keys.
  *
  * @param[in] name  The program's name; not used by this logger.
  */
@@ -67,9 +67,10 @@ const char* kest_debug_category_name(const kest_debug_category* category);
  *
  * One message is one line, whatever it holds: line ends at its end are dropped, and any other control character
  * becomes a blank. The line goes out in one write, which the kernel keeps whole on a terminal, a pipe or a file, so
- * that lines of different threads and processes never mix. It is cut to 1023 bytes before its line end. A message that
- * standard error does not take is lost; a pipe that nobody reads any more raises no SIGPIPE. Never allocates and keeps
- * `errno`. The caller tests the threshold.
+ * that lines of different threads and processes never mix. "***" stands for the key of a Wi-Fi network, which is what
+ * follows `psk "`, `wep_key0 ` or `key-"`, unless `KEST_DEBUG_KEYS` says otherwise. It is cut to 1023 bytes before its
+ * line end. A message that standard error does not take is lost; a pipe that nobody reads any more raises no SIGPIPE.
+ * Never allocates and keeps `errno`. The caller tests the threshold.
  *
  * @param[in] category  NULL stands for the default category.
  * @param[in] level     One of the levels; shown as a word.

@@ -1,4 +1,5 @@
 #include "kest.h"
+#include "mask.h"
 #include "sigpipe.h"
 
 #include <algorithm>
@@ -15,6 +16,7 @@ struct kest_debug_category {
 };
 
 static kest_debug_category s_defaultCategory{"DEFAULT"};
+static bool s_keysAreShown;
 
 int __kest_debug_min = KEST_LEVEL_ERROR;
 kest_debug_category* KEST_CAT_DEFAULT = &s_defaultCategory;
@@ -51,6 +53,9 @@ public:
             m_text, m_text + m_length, [](unsigned char c) { return c < ' ' || c == 0x7F; }, ' ');
     }
 
+    /** Once it is folded: a key ends with its line. */
+    void mask() { m_length = kest::maskKeys(m_text, m_length, sizeof m_text - 1); }
+
     /** A single write, which the kernel keeps whole for a line of this length. */
     void write()
     {
@@ -81,6 +86,8 @@ void kest_debug_init(const char* /*name*/)
     if (digit.size() == 1 && digit[0] >= '0' && digit[0] <= '5') {
         __atomic_store_n(&__kest_debug_min, digit[0] - '0', __ATOMIC_RELAXED);
     }
+    const char* keys = std::getenv("KEST_DEBUG_KEYS");
+    __atomic_store_n(&s_keysAreShown, keys != nullptr && std::string_view(keys) == "1", __ATOMIC_RELAXED);
 }
 
 kest_debug_category* kest_debug_category_new(const char* name, int /*colour*/, const char* /*description*/)
@@ -116,6 +123,9 @@ void kest_debug_log(kest_debug_category* category, int level, const char* file, 
     va_end(arguments);
 
     text.fold();
+    if (!__atomic_load_n(&s_keysAreShown, __ATOMIC_RELAXED)) {
+        text.mask();
+    }
     text.write();
     errno = callersError;
 }

@@ -118,7 +118,7 @@ TEST(NotRunning, WhenThePidFileCannotBeOpened)
 {
     Bench bench;
     bench.launch();
-    bench.set.fail({.call = sim::Call::Fopen, .on = kPidFile, .error = EACCES});
+    bench.set.fail({.call = sim::Call::Open, .on = kPidFile, .error = EACCES});
     EXPECT_EQ(IsDhcpcdRunning(&bench.iface), 0);
     EXPECT_EQ(bench.iface.dhcpcfd, -1);
     EXPECT_TRUE(bench.set.dhcp("eth0").running());

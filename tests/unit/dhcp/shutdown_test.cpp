@@ -53,12 +53,12 @@ TEST_F(Shutdown, RemovesAnEmptyPidFile)
     EXPECT_EQ(bench.set.signals(), Signals{});
 }
 
-TEST_F(Shutdown, TakesAFolderInPlaceOfThePidFileAsEmpty)
+TEST_F(Shutdown, TakesAFolderInPlaceOfThePidFileAsNoFile)
 {
     bench.set.remove(kPidFile);
     bench.set.write(std::string(kPidFile) + "/file", "");
     EXPECT_EQ(shutDown(movonet::kRelease), 1);
-    EXPECT_EQ(said(bench.set), (Lines{kStart, kChecking}));
+    EXPECT_EQ(said(bench.set), (Lines{kStart, kChecking, "INFO ShutdownDhcpcd: ShutdownDhcpcd, Q310 don't support\n"}));
 }
 
 TEST_F(Shutdown, RemovesThePidFileOfADeadClient)

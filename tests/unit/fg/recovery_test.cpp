@@ -69,6 +69,14 @@ TEST_F(Recovery, BringsTheNetworkUpAndStays)
     end();
 }
 
+TEST_F(Recovery, MakesFilesThatOthersReadAndNobodyElseWrites)
+{
+    (void)umask(0); // as some starters leave it
+    run();
+    EXPECT_EQ(umask(0), 022U);
+    end();
+}
+
 TEST_F(Recovery, TellsThatItBeginsUnderTheDefaultCategory)
 {
     run();

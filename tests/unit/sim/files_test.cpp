@@ -45,6 +45,20 @@ TEST(Files, LieBelowTheRoot)
     EXPECT_TRUE(set.exists("/tmp/pipe"));
 }
 
+TEST(Files, OfAnotherUserStayWithTheirOwnerUntilTheyAreGone)
+{
+    Set set;
+    set.write("/tmp/theirs", "");
+    set.disown("/tmp/theirs");
+    struct stat status {};
+    EXPECT_EQ(sim_lstat("/tmp/theirs", &status), 0);
+    EXPECT_NE(status.st_uid, geteuid());
+    set.remove("/tmp/theirs");
+    set.write("/tmp/theirs", ""); // another file of that name
+    EXPECT_EQ(sim_lstat("/tmp/theirs", &status), 0);
+    EXPECT_EQ(status.st_uid, geteuid());
+}
+
 TEST(Files, TheRootIsGoneAtTheEnd)
 {
     std::string root;

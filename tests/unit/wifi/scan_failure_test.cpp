@@ -39,7 +39,7 @@ TEST(ScanResultFailure, OfTheRequest)
 TEST(ScanResultFailure, OfTheFileForWriting)
 {
     Listed bench;
-    bench.set.fail({.call = sim::Call::Open, .on = kFile, .nth = 1, .error = EACCES});
+    bench.set.fail({.call = sim::Call::Open, .on = kFile, .error = EACCES});
     EXPECT_EQ(int_Movo_Net_Wpactrl_ScanResult(&bench.iface), 1);
     EXPECT_EQ(errors(bench.set), Lines{kReader + "Could not open scan result file.\n"});
     EXPECT_EQ(bench.set.heldLocks(), 0);
@@ -69,7 +69,7 @@ TEST(ScanResultFailure, OfTheDiskIsPrinted)
 TEST(ScanResultFailure, KeepsTheNetworksLockWhenTheFileCannotBeReadAgain)
 {
     Listed bench;
-    bench.set.fail({.call = sim::Call::Fopen, .on = kFile, .nth = 1, .error = EMFILE});
+    bench.set.fail({.call = sim::Call::Open, .on = kFile, .nth = 3, .error = EMFILE});
     EXPECT_EQ(int_Movo_Net_Wpactrl_ScanResult(&bench.iface), 1);
     EXPECT_EQ(errors(bench.set), Lines{kReader + "Could not open scan result file.\n"});
     EXPECT_EQ(bench.set.heldLocks(), 1);

@@ -1,4 +1,5 @@
 #include "bench.h"
+#include "sim/plants.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -73,6 +74,26 @@ TEST(OurOwnPid, IsNotKilledAsTheSupplicants)
     EXPECT_TRUE(bench.set.commands().empty());
     EXPECT_EQ(bench.supplicant.closed, 2);
 }
+
+class PlantedSupplicantPid : public testing::TestWithParam<sim::Plant> {};
+
+TEST_P(PlantedSupplicantPid, KillsNobody)
+{
+    Bench bench;
+    bench.supplicant.replies["TERMINATE"] = {"FAIL\n"};
+    bench.set.onCommand("kill -9").prints("");
+    sim::plant(bench.set, "/tmp/wpa_supplicant_mlan0.pid", GetParam(), "4711\n");
+    EXPECT_EQ(ShutdownWpactrl(&bench.iface), 0);
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kModule, "Wpa_SetWpa_supplicantOff",
+                  "checking file /tmp/wpa_supplicant_mlan0.pid\n");
+    EXPECT_TRUE(bench.set.commands().empty());
+    EXPECT_EQ(bench.supplicant.closed, 2);
+}
+
+INSTANTIATE_TEST_SUITE_P(Kinds, PlantedSupplicantPid,
+                         testing::Values(sim::Plant::Link, sim::Plant::DanglingLink, sim::Plant::HardLink,
+                                         sim::Plant::Fifo, sim::Plant::ForeignFile),
+                         [](const auto& test) { return sim::nameOf(test.param); });
 
 TEST(SupplicantAtBoot, IsAdoptedWithinTwelveFailures)
 {
