@@ -72,8 +72,8 @@ const char* kest_debug_category_name(const kest_debug_category* category);
  * standard error does not take is lost; a pipe that nobody reads any more raises no SIGPIPE. Never allocates and keeps
  * `errno`. The caller tests the threshold.
  *
- * Once `kest_debug_init` was called, a line that is the one before again, all but its time, is only counted for a minute.
- * When another line comes, or the minute is over, the count comes first:
+ * Once `kest_debug_init` was called, a line that is the one before again, all but its time, is only counted for a
+ * minute. When another line comes, or the minute is over, the count comes first:
  *
  *     12.345 WARNING RECOVERY_NET_CONNECTION movo_net_fl_common ifup:42 repeated 7 times
  *
