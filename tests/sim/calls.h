@@ -5,6 +5,7 @@
 #ifndef SIM_CALLS_H
 #define SIM_CALLS_H
 
+#include <csignal>
 #include <cstdarg>
 #include <cstddef>
 #include <cstdint>
@@ -58,6 +59,9 @@ int sim_inotify_add_watch(int fd, const char* path, uint32_t mask);
 int sim_select(int count, fd_set* reading, fd_set* writing, fd_set* failing, struct timeval* timeout);
 int sim_usleep(useconds_t microseconds);
 int sim_nanosleep(const struct timespec* wanted, struct timespec* left);
+int sim_timer_create(clockid_t clock, struct sigevent* event, timer_t* timer);
+int sim_timer_settime(timer_t timer, int flags, const struct itimerspec* wanted, struct itimerspec* before);
+int sim_timer_gettime(timer_t timer, struct itimerspec* left);
 
 int sim_pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*body)(void*), void* argument);
 int sim_pthread_join(pthread_t thread, void** result);

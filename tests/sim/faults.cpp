@@ -46,8 +46,9 @@ constexpr const char* kNames[] = {"open",
                                   "vasprintf",
                                   "getifaddrs",
                                   "inotify_init1",
-                                  "inotify_add_watch"};
-static_assert(std::size(kNames) == static_cast<std::size_t>(Call::InotifyAddWatch) + 1);
+                                  "inotify_add_watch",
+                                  "timer_create"};
+static_assert(std::size(kNames) == static_cast<std::size_t>(Call::TimerCreate) + 1);
 
 bool liesIn(const void* inner, const Fault& fault)
 {

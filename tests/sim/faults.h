@@ -52,6 +52,7 @@ enum class Call {
     GetIfAddrs,
     InotifyInit,
     InotifyAddWatch,
+    TimerCreate,
 };
 
 /** Whose call: the test's own, the event loop's, another one that the product created, or any other. */

@@ -94,6 +94,8 @@ public:
     void holdSleeps(int atLeastMs);
     /** Lets the sleeper go on and settles; false when nobody sleeps. */
     bool wake();
+    /** So much time passes while the product is inside a call, for the action of a fault or a rule. */
+    void spend(int milliseconds);
     /** The loop thread does not begin before `releaseLoopThread`, or before the product waits for it to have begun. */
     void holdLoopThread();
     void releaseLoopThread();

@@ -17,7 +17,7 @@ std::optional<CommandScript> playScript(const std::string& command)
         const Hold hold;
         auto& scripts = world().commands.scripts;
         for (auto script = scripts.rbegin(); script != scripts.rend() && !played; ++script) {
-            const bool answers = script->status || script->output || script->action;
+            const bool answers = script->status || script->output || script->action || script->takesMs > 0;
             if (answers && script->left != 0 && command.starts_with(script->beginning)) {
                 script->left -= script->left > 0 ? 1 : 0;
                 played = *script;
@@ -26,6 +26,9 @@ std::optional<CommandScript> playScript(const std::string& command)
     }
     if (played && played->action) {
         played->action();
+    }
+    if (played && played->takesMs > 0) {
+        spend(std::int64_t{played->takesMs} * 1000);
     }
     return played;
 }
@@ -90,6 +93,13 @@ CommandRule& CommandRule::does(std::function<void()> action)
 {
     const Hold hold;
     scriptOf(m_number).action = std::move(action);
+    return *this;
+}
+
+CommandRule& CommandRule::takes(int milliseconds)
+{
+    const Hold hold;
+    scriptOf(m_number).takesMs = milliseconds;
     return *this;
 }
 

@@ -4,6 +4,7 @@
 #include "support/ifreq.h"
 #include "support/log.h"
 #include "support/shared.h"
+#include "support/slow.h"
 #include "support/text.h"
 
 #include <arpa/inet.h>
@@ -30,6 +31,7 @@ constexpr std::size_t kNameRoom = 32;
 /** Reads the set's name with the line end that it comes with; false when there is none. */
 bool SoftAP_getprop(char (&name)[kNameRoom])
 {
+    const SlowWatch watch("getprop persist.device_name");
     std::FILE* output = popen("getprop persist.device_name", "re"); // NOLINT(cert-env33-c): a tool of the set
     if (output == nullptr) {
         NET_ERROR("HOSTAP:popen failure !\n");
