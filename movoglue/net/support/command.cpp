@@ -16,7 +16,11 @@ bool launch(const char* command, pid_t& pid)
 {
     const NoLaunch alone;
     const char* words[] = {"sh", "-c", command, nullptr};
-    return posix_spawn(&pid, "/bin/sh", nullptr, nullptr, const_cast<char* const*>(words), environ) == 0;
+    const int error = posix_spawn(&pid, "/bin/sh", nullptr, nullptr, const_cast<char* const*>(words), environ);
+    if (error != 0) {
+        errno = error;
+    }
+    return error == 0;
 }
 } // namespace
 
