@@ -34,6 +34,7 @@ struct Thread {
     const void* waitsFor = nullptr;           ///< Waiting: the condition variable.
     pthread_t joins{};                        ///< Joining: the thread.
     unsigned random = 0;                      ///< State of its yields.
+    std::int64_t waited = 0;                  ///< Microseconds that it slept or spent.
 };
 
 struct Threads {

@@ -112,6 +112,7 @@ void sleepInWorld(std::int64_t microseconds)
         Thread& me = self();
         Time& time = w.time;
         time.microseconds += microseconds;
+        me.waited += microseconds;
         const bool held = time.holdSleepsMs > 0 && microseconds >= std::int64_t{time.holdSleepsMs} * 1000;
         if (held && me.kind != ThreadKind::Test) {
             me.place = Place::Asleep;

@@ -31,11 +31,22 @@ void spend(std::int64_t microseconds)
     {
         const Hold hold;
         world().time.microseconds += microseconds;
+        self().waited += microseconds;
         expired = takeExpired();
     }
     for (const Timer& timer : expired) {
         timer.function(timer.value);
     }
+}
+
+std::int64_t Set::waited(ThreadKind kind) const
+{
+    const Hold hold;
+    std::int64_t microseconds = 0;
+    for (const Thread& thread : world().threads.all) {
+        microseconds += thread.kind == kind ? thread.waited : 0;
+    }
+    return microseconds / 1000;
 }
 
 void Set::spend(int milliseconds)
