@@ -5,12 +5,14 @@
 #ifndef SIM_CALLS_H
 #define SIM_CALLS_H
 
+#include <csignal>
 #include <cstdarg>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <ifaddrs.h>
 #include <pthread.h>
+#include <spawn.h>
 #include <sys/select.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -41,6 +43,10 @@ FILE* sim_fopen(const char* path, const char* mode);
 int sim_fclose(FILE* stream);
 FILE* sim_popen(const char* command, const char* mode);
 int sim_pclose(FILE* stream);
+int sim_posix_spawn(pid_t* pid, const char* path, const posix_spawn_file_actions_t* actions,
+                    const posix_spawnattr_t* attributes, char* const* words, char* const* environment);
+pid_t sim_waitpid(pid_t pid, int* status, int options);
+/** Both, for the set's own tests. */
 int sim_system(const char* command);
 int sim_kill(pid_t pid, int signal);
 
@@ -60,6 +66,9 @@ int sim_inotify_add_watch(int fd, const char* path, uint32_t mask);
 int sim_select(int count, fd_set* reading, fd_set* writing, fd_set* failing, struct timeval* timeout);
 int sim_usleep(useconds_t microseconds);
 int sim_nanosleep(const struct timespec* wanted, struct timespec* left);
+int sim_timer_create(clockid_t clock, struct sigevent* event, timer_t* timer);
+int sim_timer_settime(timer_t timer, int flags, const struct itimerspec* wanted, struct itimerspec* before);
+int sim_timer_gettime(timer_t timer, struct itimerspec* left);
 
 int sim_pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*body)(void*), void* argument);
 int sim_pthread_join(pthread_t thread, void** result);

@@ -46,8 +46,10 @@ constexpr const char* kNames[] = {"open",
                                   "vasprintf",
                                   "getifaddrs",
                                   "inotify_init1",
-                                  "inotify_add_watch"};
-static_assert(std::size(kNames) == static_cast<std::size_t>(Call::InotifyAddWatch) + 1);
+                                  "inotify_add_watch",
+                                  "timer_create",
+                                  "waitpid"};
+static_assert(std::size(kNames) == static_cast<std::size_t>(Call::Waitpid) + 1);
 
 bool liesIn(const void* inner, const Fault& fault)
 {

@@ -52,6 +52,8 @@ enum class Call {
     GetIfAddrs,
     InotifyInit,
     InotifyAddWatch,
+    TimerCreate,
+    Waitpid,
 };
 
 /** Whose call: the test's own, the event loop's, another one that the product created, or any other. */
@@ -69,7 +71,8 @@ enum class ThreadKind { Test, Loop, Product, Other, Any };
  *     set.fail({.call = Call::Unlink, .on = "/tmp/x", .does = [&] { ... }});   // what else happens at that moment
  *
  * Calls that tell their error by the return value (pthread) return `error`, the others set errno to it. A wait for a
- * condition that is struck ends at once, for no reason.
+ * condition that is struck ends at once, for no reason. EINTR comes in the middle of a select: half of its time has
+ * passed, and its time-out holds the rest.
  */
 struct Fault {
     Call call;

@@ -4,8 +4,10 @@
 #include "movo_net_fl_eventloop/eventloop.h"
 #include "movo_net_fl_wpactrl/wpactrl.h"
 
+#include <algorithm>
 #include <atomic>
 #include <set>
+#include <vector>
 
 // What the thread sanitizer cannot know of the product's locks: threads that hold the event loop's lock never wait for
 // one another, in whatever order they take the rest. That holds as long as nobody takes it with another one in hand.
@@ -15,6 +17,7 @@ namespace {
 thread_local int t_loopLock; // how often the thread holds it
 thread_local int t_others;   // how often it holds others that have a place in the order
 std::atomic<int> s_held;     // all of them, by all threads
+thread_local std::vector<const void*> t_held;
 
 bool isOf(const void* mutex, const movonet::Mutex& lock)
 {
@@ -82,10 +85,19 @@ void checkOrder(const void* mutex)
 void noteLocked(const void* mutex)
 {
     count(mutex, 1);
+    t_held.push_back(mutex);
 }
 
 void noteUnlocked(const void* mutex)
 {
     count(mutex, -1);
+    if (const auto last = std::ranges::find(t_held, mutex); last != t_held.end()) {
+        t_held.erase(last);
+    }
+}
+
+bool Set::holds(const movonet::Mutex& lock) const
+{
+    return std::ranges::any_of(t_held, [&lock](const void* mutex) { return isOf(mutex, lock); });
 }
 } // namespace sim

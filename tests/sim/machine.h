@@ -143,6 +143,8 @@ public:
     CommandRule& prints(std::string output);
     /** Run as usual, with `action` first, on the product's thread. */
     CommandRule& does(std::function<void()> action);
+    /** Run as usual, but for so long; before that, its action is run. */
+    CommandRule& takes(int milliseconds);
     /** Only so many times; then the older rules count again. */
     CommandRule& times(int count);
 

@@ -34,6 +34,10 @@
 #include <string>
 #include <vector>
 
+namespace movonet {
+class Mutex;
+}
+
 namespace sim {
 /** How often a test repeats what depends on luck: under emulation, which is slow, a tenth of it. */
 constexpr unsigned repetitions(unsigned count)
@@ -96,6 +100,12 @@ public:
     void holdSleeps(int atLeastMs);
     /** Lets the sleeper go on and settles; false when nobody sleeps. */
     bool wake();
+    /** So much time passes while the product is inside a call, for the action of a fault or a rule. */
+    void spend(int milliseconds);
+    /** Milliseconds that threads of that kind have slept or spent, together. */
+    std::int64_t waited(ThreadKind kind) const;
+    /** Does the calling thread hold that lock? For the action of a fault or a rule. */
+    bool holds(const movonet::Mutex& lock) const;
     /** The loop thread does not begin before `releaseLoopThread`, or before the product waits for it to have begun. */
     void holdLoopThread();
     void releaseLoopThread();

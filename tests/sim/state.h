@@ -7,6 +7,7 @@
 #include "sim/netlink.h"
 #include "sim/records.h"
 
+#include <csignal>
 #include <cstdint>
 #include <cstdio>
 #include <functional>
@@ -34,6 +35,7 @@ struct Thread {
     const void* waitsFor = nullptr;           ///< Waiting: the condition variable.
     pthread_t joins{};                        ///< Joining: the thread.
     unsigned random = 0;                      ///< State of its yields.
+    std::int64_t waited = 0;                  ///< Microseconds that it slept or spent.
 };
 
 struct Threads {
@@ -47,8 +49,17 @@ struct Threads {
     std::vector<pthread_t> background;
 };
 
+/** A timer that calls a function when its time is over. */
+struct Timer {
+    void (*function)(sigval);
+    sigval value;
+    bool armed = false;
+    std::int64_t ends = 0; ///< Virtual microseconds.
+};
+
 struct Time {
     std::int64_t microseconds = 0;
+    std::vector<Timer> timers;
     int ticks = 0; ///< Granted and not used.
     int holdSleepsMs = 0;
     unsigned wakes = 0; ///< Raised to wake who is asleep.
@@ -107,11 +118,14 @@ struct CommandScript {
     std::optional<int> status = {};
     std::optional<std::string> output = {};
     std::function<void()> action = {};
+    int takesMs = 0;
     int left = -1; ///< -1: for good.
 };
 
 struct Commands {
     std::vector<CommandScript> scripts;
+    std::map<int, std::string> launched; ///< By the pid of their shell; run when they are waited for.
+    int lastShell = 100000;
 };
 
 struct ProcessState {

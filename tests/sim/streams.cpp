@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 #include <sys/wait.h>
+#include <unistd.h>
 
 namespace sim {
 namespace {
@@ -17,7 +18,7 @@ std::optional<CommandScript> playScript(const std::string& command)
         const Hold hold;
         auto& scripts = world().commands.scripts;
         for (auto script = scripts.rbegin(); script != scripts.rend() && !played; ++script) {
-            const bool answers = script->status || script->output || script->action;
+            const bool answers = script->status || script->output || script->action || script->takesMs > 0;
             if (answers && script->left != 0 && command.starts_with(script->beginning)) {
                 script->left -= script->left > 0 ? 1 : 0;
                 played = *script;
@@ -26,6 +27,9 @@ std::optional<CommandScript> playScript(const std::string& command)
     }
     if (played && played->action) {
         played->action();
+    }
+    if (played && played->takesMs > 0) {
+        spend(std::int64_t{played->takesMs} * 1000);
     }
     return played;
 }
@@ -90,6 +94,13 @@ CommandRule& CommandRule::does(std::function<void()> action)
 {
     const Hold hold;
     scriptOf(m_number).action = std::move(action);
+    return *this;
+}
+
+CommandRule& CommandRule::takes(int milliseconds)
+{
+    const Hold hold;
+    scriptOf(m_number).takesMs = milliseconds;
     return *this;
 }
 
@@ -182,16 +193,50 @@ int sim_pclose(FILE* stream)
     return status;
 }
 
-int sim_system(const char* command)
+int sim_posix_spawn(pid_t* pid, const char* path, const posix_spawn_file_actions_t* actions,
+                    const posix_spawnattr_t* attributes, char* const* words, char* const* environment)
 {
     if (!active()) {
-        return std::system(command); // NOLINT(cert-env33-c)
+        return posix_spawn(pid, path, actions, attributes, words, environment);
     }
+    const std::string command = words[2];
     if (const auto strike = enter(Call::System, {.name = command})) {
         const Hold hold;
         journal(command, -1, false);
+        return strike->error;
+    }
+    const Hold hold;
+    *pid = ++world().commands.lastShell;
+    world().commands.launched[*pid] = command;
+    return 0;
+}
+
+pid_t sim_waitpid(pid_t pid, int* status, int options)
+{
+    if (!active()) {
+        return waitpid(pid, status, options);
+    }
+    if (const auto strike = enter(Call::Waitpid, {})) {
         return failWith(strike->error);
     }
+    std::string command;
+    {
+        const Hold hold;
+        command = world().commands.launched.at(pid);
+        world().commands.launched.erase(pid);
+    }
     letLoopReachItsWait();
-    return executeScripted(command);
+    *status = executeScripted(command);
+    return pid;
+}
+
+int sim_system(const char* command)
+{
+    const char* words[] = {"sh", "-c", command, nullptr};
+    pid_t pid = 0;
+    int status = -1;
+    if (sim_posix_spawn(&pid, "/bin/sh", nullptr, nullptr, const_cast<char* const*>(words), environ) == 0) {
+        (void)sim_waitpid(pid, &status, 0);
+    }
+    return status;
 }

@@ -93,6 +93,17 @@ int selectInWorld(Watched& watched, Place place, std::int64_t microseconds)
     }
 }
 
+/** What a signal that comes in the middle of a wait leaves of it. */
+void passHalf(timeval& timeout)
+{
+    const Hold hold;
+    const std::int64_t wait = std::int64_t{timeout.tv_sec} * kMicrosecondsPerSecond + timeout.tv_usec;
+    const std::int64_t left = wait / 2;
+    world().time.microseconds += wait - left;
+    timeout = {static_cast<time_t>(left / kMicrosecondsPerSecond),
+               static_cast<suseconds_t>(left % kMicrosecondsPerSecond)};
+}
+
 void sleepInWorld(std::int64_t microseconds)
 {
     {
@@ -101,6 +112,7 @@ void sleepInWorld(std::int64_t microseconds)
         Thread& me = self();
         Time& time = w.time;
         time.microseconds += microseconds;
+        me.waited += microseconds;
         const bool held = time.holdSleepsMs > 0 && microseconds >= std::int64_t{time.holdSleepsMs} * 1000;
         if (held && me.kind != ThreadKind::Test) {
             me.place = Place::Asleep;
@@ -224,6 +236,9 @@ int sim_select(int count, fd_set* reading, fd_set* writing, fd_set* failing, str
         return select(count, reading, writing, failing, timeout);
     }
     if (const auto strike = enter(Call::Select, {})) {
+        if (strike->error == EINTR && timeout != nullptr) {
+            passHalf(*timeout);
+        }
         return failWith(strike->error);
     }
     Watched watched{count, reading, {}};

@@ -156,6 +156,8 @@ void waitForInput(int fd);
 std::vector<std::string> dumpRoutes();
 /** Drops what the calling thread logs. */
 void muteLog(bool muted);
+/** Lets time pass, and calls the timers that end meanwhile on this thread; not while the world is held. */
+void spend(std::int64_t microseconds);
 /** As `Set::settle` and `Set::grantTicks`. */
 void settleWorld();
 void passTicks(int count);

@@ -3,6 +3,7 @@
 #include "movo_net_fl_common/common.h"
 #include "support/fd.h"
 #include "support/log.h"
+#include "support/slow.h"
 
 #include <array>
 #include <cstdio>
@@ -207,6 +208,7 @@ RETURN_TYPE SaveNetConfig(void)
         return kFail;
     }
     (void)std::rename(kTemporary, kFile);
+    const SlowWatch watch("sync");
     sync();
     return kOk;
 }

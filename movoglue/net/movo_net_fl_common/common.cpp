@@ -7,6 +7,7 @@
 #include "support/command.h"
 #include "support/log.h"
 #include "support/shared.h"
+#include "support/slow.h"
 #include "support/text.h"
 
 #include <cstdlib>
@@ -90,6 +91,11 @@ void dropAddress(MovoNetIface_t& iface)
 
 namespace movonet {
 const char* s_sDhcpcdPipeName;
+
+void logSlow(const char* what)
+{
+    NET_ERROR("still waiting after 5 s for: %s\n", what);
+}
 
 void clearAddresses(MovoNetIface_t& iface)
 {

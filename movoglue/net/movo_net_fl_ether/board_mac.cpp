@@ -4,6 +4,7 @@
 #include "support/command.h"
 #include "support/log.h"
 #include "support/shared.h"
+#include "support/slow.h"
 #include "support/text.h"
 
 #include <cstdio>
@@ -22,8 +23,9 @@ constexpr unsigned kFewestBytes = 2;
 /** The board's line that starts with mac; false when there is none. */
 bool readBoardLine(char (&line)[kLineSize])
 {
+    const SlowWatch watch("bdconf -p");
     // Deliberate: the stream is never closed, closing would wait for the command.
-    std::FILE* board = popen("bdconf -p", "re"); // NOLINT(cert-env33-c): the set's tools are commands by contract
+    std::FILE* board = readShell("bdconf -p");
     if (board == nullptr) {
         return false;
     }

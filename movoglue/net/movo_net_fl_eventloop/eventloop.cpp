@@ -3,6 +3,7 @@
 #include "support/log.h"
 #include "support/shared.h"
 
+#include <cerrno>
 #include <cstdlib>
 #include <sys/select.h>
 #include <utility>
@@ -201,14 +202,17 @@ void dispatchTick()
 void runPass(const kest_bool* terminate, CallSite at)
 {
     WaitSet waitSet;
-    if (!collectDescriptors(waitSet, terminate, at)) {
-        return;
-    }
-    timeval timeout{0, kTickMicroseconds};
-    const int ready = select(waitSet.highest + 1, &waitSet.descriptors, nullptr, nullptr, &timeout);
-    if (ending(terminate)) {
-        return;
-    }
+    timeval left{0, kTickMicroseconds}; // Linux subtracts what a wait lasted, also one that a signal of the host ended
+    int ready = 0;
+    do {
+        if (!collectDescriptors(waitSet, terminate, at)) {
+            return;
+        }
+        ready = select(waitSet.highest + 1, &waitSet.descriptors, nullptr, nullptr, &left);
+        if (ending(terminate)) {
+            return;
+        }
+    } while (ready < 0 && errno == EINTR);
     if (ready < 0) {
         NET_LOG_AT(at, KEST_LEVEL_ERROR, "select failed\n");
         pauseAfterError();

@@ -1,9 +1,11 @@
 #include "movo_net_fl_hostap/hostap.h"
 #include "movo_net_fl_hostap/ifc.h"
+#include "support/command.h"
 #include "support/fd.h"
 #include "support/ifreq.h"
 #include "support/log.h"
 #include "support/shared.h"
+#include "support/slow.h"
 #include "support/text.h"
 
 #include <arpa/inet.h>
@@ -30,7 +32,8 @@ constexpr std::size_t kNameRoom = 32;
 /** Reads the set's name with the line end that it comes with; false when there is none. */
 bool SoftAP_getprop(char (&name)[kNameRoom])
 {
-    std::FILE* output = popen("getprop persist.device_name", "re"); // NOLINT(cert-env33-c): a tool of the set
+    const SlowWatch watch("getprop persist.device_name");
+    std::FILE* output = readShell("getprop persist.device_name");
     if (output == nullptr) {
         NET_ERROR("HOSTAP:popen failure !\n");
         return false;

@@ -40,7 +40,8 @@ extern kest_debug_category* KEST_CAT_DEFAULT;
 
 /**
  * Starts the logger: sets the threshold from the environment variable `KEST_DEBUG` (one digit, 0 to 5).
- * Any other value, or none, leaves the threshold as it is. `KEST_DEBUG_KEYS=1` lets the log show keys.
+ * Any other value, or none, leaves the threshold as it is. `KEST_DEBUG_KEYS=1` lets the log show keys. From now on
+ * lines that repeat are counted, see `kest_debug_log`.
  *
  * @param[in] name  The program's name; not used by this logger.
  */
@@ -71,6 +72,11 @@ const char* kest_debug_category_name(const kest_debug_category* category);
  * follows `psk "`, `wep_key0 ` or `key-"`, unless `KEST_DEBUG_KEYS` says otherwise. It is cut to 1023 bytes before its
  * line end. A message that standard error does not take is lost; a pipe that nobody reads any more raises no SIGPIPE.
  * Never allocates and keeps `errno`. The caller tests the threshold.
+ *
+ * Once `kest_debug_init` was called, a line that is the one before again, all but its time, is only counted for a
+ * minute. When another line comes, or the minute is over, the count comes first:
+ *
+ *     12.345 WARNING RECOVERY_NET_CONNECTION movo_net_fl_common ifup:42 repeated 7 times
  *
  * @param[in] category  NULL stands for the default category.
  * @param[in] level     One of the levels; shown as a word.

@@ -7,6 +7,7 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
+#include <pthread.h>
 #include <string_view>
 #include <time.h>
 #include <unistd.h>
@@ -56,20 +57,77 @@ public:
     /** Once it is folded: a key ends with its line. */
     void mask() { m_length = kest::maskKeys(m_text, m_length, sizeof m_text - 1); }
 
-    /** A single write, which the kernel keeps whole for a line of this length. */
-    void write()
+    /** The time ends here, and level, category and place begin. */
+    void beginPlace() { m_place = m_length; }
+    void beginMessage() { m_message = m_length; }
+    std::string_view place() const { return {m_text + m_place, m_message - m_place}; }
+
+    /** Is it `other` but for the time? */
+    bool repeats(const Line& other) const { return placeAndMessage() == other.placeAndMessage(); }
+
+    /** A single write, which the kernel keeps whole for a line of this length; false when it was lost. */
+    bool write()
     {
         const kest::SigpipeHeld held;
         m_text[m_length++] = '\n'; // takes the place of the terminator
-        while (::write(STDERR_FILENO, m_text, m_length) == -1 && errno == EINTR) {
-            // A signal came before the first byte: nothing was written yet.
-        }
+        ssize_t written = -1;
+        do { // again when a signal came before the first byte: nothing was written yet
+            written = ::write(STDERR_FILENO, m_text, m_length);
+        } while (written == -1 && errno == EINTR);
+        return written != -1;
     }
 
 private:
+    std::string_view placeAndMessage() const { return {m_text + m_place, m_length - m_place}; }
+
     char m_text[1024];
     std::size_t m_length = 0;
+    std::size_t m_place = 0;
+    std::size_t m_message = 0;
 };
+
+constexpr time_t kFoldSeconds = 60; // what goes on for days still shows once a minute
+
+bool s_folds; // once the logger was started
+pthread_mutex_t s_showing = PTHREAD_MUTEX_INITIALIZER;
+Line s_last;         // guarded by s_showing, as all below: the last line that was written
+time_t s_lastSecond; // when that was
+unsigned s_repeats;  // how often it came again since
+
+void appendTime(Line& line, const timespec& now)
+{
+    line.append("%lld.%03ld ", static_cast<long long>(now.tv_sec), now.tv_nsec / 1'000'000L);
+    line.beginPlace();
+}
+
+void writeRepeats(const timespec& now)
+{
+    Line count;
+    appendTime(count, now);
+    count.append("%.*srepeated %u times", static_cast<int>(s_last.place().size()), s_last.place().data(), s_repeats);
+    (void)count.write();
+    s_repeats = 0;
+}
+
+/** Writes the line, or counts it when it is the last one again; the lock keeps the count beside its line. */
+void show(Line& line, const timespec& now)
+{
+    (void)pthread_mutex_lock(&s_showing);
+    const bool again = now.tv_sec - s_lastSecond < kFoldSeconds && line.repeats(s_last);
+    if (again && __atomic_load_n(&s_folds, __ATOMIC_RELAXED)) {
+        ++s_repeats;
+    } else {
+        if (s_repeats > 0) {
+            writeRepeats(now);
+        }
+        s_last = line;
+        s_lastSecond = now.tv_sec;
+        if (!line.write()) {
+            s_last = Line{};
+        }
+    }
+    (void)pthread_mutex_unlock(&s_showing);
+}
 
 } // namespace
 
@@ -88,6 +146,7 @@ void kest_debug_init(const char* /*name*/)
     }
     const char* keys = std::getenv("KEST_DEBUG_KEYS");
     __atomic_store_n(&s_keysAreShown, keys != nullptr && std::string_view(keys) == "1", __ATOMIC_RELAXED);
+    __atomic_store_n(&s_folds, true, __ATOMIC_RELAXED);
 }
 
 kest_debug_category* kest_debug_category_new(const char* name, int /*colour*/, const char* /*description*/)
@@ -114,8 +173,9 @@ void kest_debug_log(kest_debug_category* category, int level, const char* file, 
     (void)clock_gettime(CLOCK_MONOTONIC, &now);
 
     Line text;
-    text.append("%lld.%03ld %-7s %s %s %s:%d ", static_cast<long long>(now.tv_sec), now.tv_nsec / 1'000'000L,
-                levelName(level), kest_debug_category_name(category), file, function, line);
+    appendTime(text, now);
+    text.append("%-7s %s %s %s:%d ", levelName(level), kest_debug_category_name(category), file, function, line);
+    text.beginMessage();
     errno = callersError; // for a %m in the message
     va_list arguments;
     va_start(arguments, format);
@@ -126,6 +186,6 @@ void kest_debug_log(kest_debug_category* category, int level, const char* file, 
     if (!__atomic_load_n(&s_keysAreShown, __ATOMIC_RELAXED)) {
         text.mask();
     }
-    text.write();
+    show(text, now);
     errno = callersError;
 }

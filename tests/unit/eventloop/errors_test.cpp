@@ -118,6 +118,50 @@ TEST_F(LoopErrors, FailedWaitCostsAPause)
     EXPECT_EQ(linesLogged("select failed\n"), 1);
 }
 
+TEST_F(LoopErrors, SignalDuringTheWaitCostsNothing)
+{
+    set.fail({.call = sim::Call::Select, .nth = 1, .error = EINTR});
+    const auto before = set.clock();
+    set.grantTicks(1);
+    EXPECT_EQ(linesLogged("select failed\n"), 0);
+    EXPECT_EQ(everyTick.count(), 1) << "the interrupted wait is no tick";
+    set.grantTicks(1);
+    EXPECT_EQ(everyTick.count(), 2);
+    EXPECT_EQ(set.clock() - before, 2 * kTickMs);
+}
+
+TEST_F(LoopErrors, SignalsThatComeFasterThanTicksDoNotStopThem)
+{
+    set.fail({.call = sim::Call::Select, .nth = 1, .times = 50, .error = EINTR});
+    const auto before = set.clock();
+    set.grantTicks(3);
+    EXPECT_TRUE(set.log().empty());
+    EXPECT_EQ(everyTick.count(), 3);
+    EXPECT_EQ(set.clock() - before, 3 * kTickMs) << "each wait lasts for what the signals left of it";
+}
+
+TEST_F(LoopErrors, DescriptorClosedWhileASignalCameFailsNoWait)
+{
+    const int fd = fcntl(newPipe().fd(), F_DUPFD_CLOEXEC, 0);
+    Handler& reader = newHandler();
+    ASSERT_EQ(reader.watch(fd), 0);
+    nextPass();
+    const int signal = set.fail({.call = sim::Call::Select, .nth = 1, .error = EINTR});
+    bool closed = false;
+    const auto closeAfterSignal = [&] {
+        if (set.hits(signal) == 1 && !closed) {
+            closed = true;
+            EXPECT_EQ(reader.remove(), 0);
+            EXPECT_EQ(close(fd), 0);
+        }
+    };
+    set.fail({.call = sim::Call::MutexLock, .thread = sim::ThreadKind::Loop, .does = closeAfterSignal});
+    set.grantTicks(2);
+    EXPECT_TRUE(closed);
+    EXPECT_EQ(linesLogged("select failed\n"), 0);
+    EXPECT_EQ(reader.count(), 0);
+}
+
 class HighDescriptor : public LoopErrors, public testing::WithParamInterface<int> {};
 
 TEST_P(HighDescriptor, KeepsTheLoopParkedUntilItsEnd)

@@ -101,6 +101,15 @@ TEST(SoftApName, IsTakenAsSoonAsTheSetHasOne)
     EXPECT_EQ(bench.set.clock(), 7000);
 }
 
+TEST(SoftApName, ThatTheToolHoldsBackIsWaitedForAloud)
+{
+    Bench bench;
+    bench.set.onCommand(kGetName).prints("MyTV\n").takes(5000);
+    bench.startHere();
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_ERROR, "movo_net_fl_common", "logSlow",
+                  "still waiting after 5 s for: getprop persist.device_name\n");
+}
+
 TEST(SoftApName, IsTheDefaultWithoutAShell)
 {
     Bench bench;
