@@ -35,7 +35,7 @@ nd_opt_prefix_info prefixOf(int number)
 int main(int argc, char** argv)
 {
     if (argc != 3) {
-        std::fprintf(stderr, "usage: advertise_prefixes IFACE COUNT\n");
+        (void)std::fprintf(stderr, "usage: advertise_prefixes IFACE COUNT\n");
         return 2;
     }
     const int fd = socket(AF_INET6, SOCK_RAW, IPPROTO_ICMPV6);
@@ -48,7 +48,7 @@ int main(int argc, char** argv)
         std::perror("advertise_prefixes");
         return 1;
     }
-    const int count = std::atoi(argv[2]);
+    const auto count = static_cast<int>(std::strtol(argv[2], nullptr, 10));
     for (int sent = 0; sent < count;) {
         Advertisement message{};
         message.head.nd_ra_type = ND_ROUTER_ADVERT;
