@@ -3,7 +3,7 @@
 import re
 
 import pytest
-from installing import run
+from installing import OBJDUMP, run
 
 BINARIES = ["bin/recovery_net", "bin/movo_net_shell", "libmovo_net.so"]
 PROGRAMS = [name for name in BINARIES if name.startswith("bin/")]
@@ -43,7 +43,7 @@ def test_nothing_is_writable_and_executable(binary):
 @pytest.mark.parametrize("binary", BINARIES, indirect=True)
 def test_a_function_with_a_buffer_guards_its_frame(binary):
     # Not just anywhere: the supplicant's client code comes guarded from Debian.
-    assert "__stack_chk_fail" in run("objdump", "-d", "--disassemble=SetDNSDhcp", binary)
+    assert "__stack_chk_fail" in run(OBJDUMP, "-d", "--disassemble=SetDNSDhcp", binary)
 
 
 def test_copies_and_accesses_are_bounded(prefix):
@@ -60,6 +60,6 @@ def test_public_functions_begin_where_jumps_may_land(binary):
     if machine not in LANDING:
         pytest.skip(f"{machine} has no such check")
     functions = re.findall(r"^\w+ <(Movo_\w+)>:\n\s+\w+:\s+(.*)$",
-                           run("objdump", "-d", "--no-show-raw-insn", binary), re.M)
+                           run(OBJDUMP, "-d", "--no-show-raw-insn", binary), re.M)
     assert len(functions) > 20
     assert [name for name, first in functions if not re.match(LANDING[machine], first)] == []
