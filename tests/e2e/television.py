@@ -3,7 +3,13 @@
 All seconds are the television's own: how fast this computer is decides nothing.
 """
 
+import pathlib
 import re
+
+UNIT = pathlib.Path(__file__).resolve().parents[2] / "cmake/install/recovery_net.service.in"
+CAPABILITIES = re.search(r"^CapabilityBoundingSet=(.*)$", UNIT.read_text(), re.M)[1].replace("CAP_", "+").lower().split()
+# Starts a program with the capabilities that the daemon has as a service; its commands and daemons have no others.
+CONFINED = "setpriv --no-new-privs --bounding-set=-all," + ",".join(CAPABILITIES)
 
 SHELL = "/movo/build/release/tools/movo_net_shell/movo_net_shell --programs /run/commands"
 
@@ -58,7 +64,7 @@ class Television:
     def start(self, program="recovery_net"):
         """Starts the daemon, or the test application, which also prints the callbacks."""
         folder = {"recovery_net": "recovery", "callback_app": "tests/e2e"}[program]
-        self.machine.spawn(f"env KEST_DEBUG=3 /movo/build/release/{folder}/{program}")
+        self.machine.spawn(f"env KEST_DEBUG=3 {CONFINED} /movo/build/release/{folder}/{program}")
 
     def play(self, script, status=0, seconds=90, shell=SHELL):
         """Runs a script of movo_net_shell in place of the daemon, until it ends with the status; returns its output."""

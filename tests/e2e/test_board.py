@@ -94,6 +94,40 @@ def test_softap_service_knows_two_services(arguments):
     assert result.stderr == "usage: softap_service hostapd|dnsmasq 1|0\n"
 
 
+@pytest.fixture
+def services(tmp_path):
+    """Runs softap_service with programs in place of its daemons, which write down what they are given."""
+    programs = tmp_path / "programs"
+    programs.mkdir()
+    for name in ("hostapd", "hostapd_cli", "dnsmasq", "iw"):
+        (programs / name).write_text(f'#!/bin/sh\necho "$*" >> {tmp_path}/{name}\n')
+        (programs / name).chmod(0o755)
+    conf = tmp_path / "hostapd.conf"
+    conf.write_text("interface=bcm0\nchannel=0\n")
+
+    def run(*arguments):
+        subprocess.run([BOARD / "softap_service", *arguments], check=True, timeout=600,
+                       env=os.environ | {"PATH": f"{programs}:{os.environ['PATH']}", "HOSTAPD_CONF": str(conf),
+                                         "SOFTAP_STATE": str(tmp_path / "state")})
+        return (tmp_path / arguments[0]).read_text().split()
+    return run
+
+
+def test_the_servers_of_addresses_and_names_leave_root_and_count_leases(services):
+    words = services("dnsmasq", "1")
+    assert "--user=dnsmasq" in words
+    assert "--dhcp-lease-max=20" in words
+
+
+def test_the_access_point_takes_a_few_stations(services):
+    conf = pathlib.Path(services("hostapd", "1")[-1])
+    assert conf.read_text() == "interface=bcm0\nchannel=0\nmax_num_sta=5\n"
+
+
+def test_the_supplicant_protects_management_frames_where_it_can():
+    assert "pmf=1" in (BOARD / "Misc/wpa_supplicant.conf").read_text().splitlines()
+
+
 @pytest.mark.parametrize("event, word", [("AP-STA-CONNECTED", b"up"), ("AP-STA-DISCONNECTED", b"down"),
                                          ("AP-ENABLED", None), ("AP-STA-CONNECTED-NOT", None)])
 def test_stations_are_told_of_in_one_word(run, event, word):

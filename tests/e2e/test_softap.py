@@ -56,6 +56,7 @@ def test_phones_join_and_leave(ap_tv):
         ap status
         ap clients
         phone 1 get 192.168.255.249
+        server
         phone 2 join MyTV
         expect SOFTAPSCAN bcm0 10
         expect SOFTAPCONNECTED bcm0 10
@@ -71,6 +72,7 @@ def test_phones_join_and_leave(ap_tv):
     assert re.search(rf"^  mac      02:.*\n  address  {first}\n  name     phone1\n", output, re.M)
     assert output.count("hello from MyTV\n") == 2
     assert sorted(lease[3] for lease in leases(ap_tv)) == ["phone1", "phone2"]
+    assert "server of addresses runs as dnsmasq\n" in output
     assert [reason for reason in told(output) if reason != "SOFTAPCONNECTED"] \
         == ["SOFTAPSCAN", "SOFTAPSCAN", "SOFTAPDISCONNECTED"]
     assert output.endswith("0 success\n0 no\n  network  Lumenpoint\n  address  00:00:00:00:00:00\n  hidden   no\n")

@@ -1,8 +1,12 @@
 """What a scenario does with a television that has a Wi-Fi chip."""
 
-from television import SHELL, Television
+import re
+
+from television import CONFINED, SHELL, Television
 
 from virtualset import launch
+
+OUTSIDE = r"^\s*(air|button|cable|phone|supplicant) "
 
 # The chip is as after its power was out, and the system has started its supplicant.
 RESET = """
@@ -27,10 +31,12 @@ class WirelessTelevision(Television):
 
     def start(self, program="/movo/build/release/recovery/recovery_net", chip="brcm_43569"):
         """Starts the daemon as a set with this chip does."""
-        self.machine.spawn("env KEST_DEBUG=3 " + launch(program, chip))
+        self.machine.spawn("env KEST_DEBUG=3 " + launch(f"{CONFINED} {program}", chip))
 
     def play(self, script, chip="brcm_43569", **options):
-        return super().play(script, shell=f"setsid --wait {launch(SHELL, chip)}", **options)
+        """The shell is confined as the daemon is, unless the script acts on the world around the television."""
+        shell = SHELL if re.search(OUTSIDE, script, re.M) else f"{CONFINED} {SHELL}"
+        return super().play(script, shell=f"setsid --wait {launch(shell, chip)}", **options)
 
 
 def callbacks(lines):

@@ -83,7 +83,7 @@ TEST(HostileResolver, OfAnyWordsNamesTheFirstTwoPairs)
 
 void expectResolverLines(const std::string& written)
 {
-    static const std::regex whole("(nameserver [^\n]*\n)+search [^\n]*\n");
+    static const std::regex whole("(nameserver [0-9]+(\\.[0-9]+){3}\n)+search [^\n]*\n");
     EXPECT_TRUE(std::regex_match(written, whole)) << written;
 }
 
@@ -121,7 +121,9 @@ TEST(HostileLease, OfRandomBytesIsReadWithinItsBounds)
     for (int round = 0; round < kRounds; ++round) {
         const std::string bytes = hostile.bytes(hostile.upTo(1000));
         set.write(kInfo, (round % 2 == 0 ? "DNS=" : "GATEWAY=") + bytes);
-        EXPECT_EQ(SetDNSDhcp(&iface), round % 2 == 0 && bytes[0] != '\0' ? 0 : 1);
+        set.write(kResolver, "");
+        EXPECT_EQ(SetDNSDhcp(&iface), 1) << "no dotted quad";
+        EXPECT_EQ(set.read(kResolver), "");
         unsigned int gateway = 7;
         EXPECT_EQ(GetDefaultGatewayDHCP(&gateway, "eth0"), 1);
         EXPECT_EQ(gateway, 0U);

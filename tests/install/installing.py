@@ -7,6 +7,7 @@ import subprocess
 REPOSITORY = pathlib.Path(__file__).resolve().parents[2]
 NAMESPACES = ["unshare", "--user", "--map-root-user", "--mount", "--net"]
 BUILD = pathlib.Path(os.environ.get("MOVO_BUILD", REPOSITORY / "build/release"))
+OBJDUMP = os.environ.get("MOVO_OBJDUMP", "objdump")    # the one that knows the processor of the build
 
 
 def run(*command, **options):

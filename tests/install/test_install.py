@@ -59,6 +59,33 @@ def test_a_staging_folder_is_respected(tmp_path):
     assert "ExecStart=/opt/movo/bin/recovery_net" in unit
 
 
+COMPONENTS = {
+    "runtime": r"bin/recovery_net|lib\S*/libmovo_net\.so\.\S+|lib/systemd/\S+\.service|share/man/man8/\S+",
+    "development": r"include/\S+\.h|lib\S*/(lib\S+\.a|libmovo_net\.so|cmake/\S+|pkgconfig/\S+)",
+    "tools": r"bin/movo_net_\w+|share/movo_net/\S+|share/man/man1/\S+"}
+
+
+def files_below(folder):
+    return {str(path.relative_to(folder)) for path in folder.rglob("*") if path.is_symlink() or path.is_file()}
+
+
+def test_each_file_belongs_to_one_component(prefix, tmp_path):
+    installed = []
+    for component, files in COMPONENTS.items():
+        folder = tmp_path / component
+        run("cmake", "--install", BUILD, "--component", component, "--prefix", folder)
+        installed += files_below(folder)
+        assert [name for name in files_below(folder) if not re.fullmatch(files, name)] == []
+    assert sorted(installed) == sorted(files_below(prefix))
+
+
+def test_the_runtime_component_runs_alone(tmp_path):
+    run("cmake", "--install", BUILD, "--component", "runtime", "--prefix", tmp_path)
+    library = next(tmp_path.rglob("libmovo_net.so.0"))
+    assert "not found" not in run("ldd", library) + run("ldd", tmp_path / "bin/recovery_net")
+    assert f"ExecStart={tmp_path}/bin/recovery_net" in next(tmp_path.rglob("*.service")).read_text()
+
+
 @pytest.mark.parametrize("page", sorted((REPOSITORY / "man").iterdir()), ids=lambda page: page.name)
 def test_manual_pages_render(page):
     result = subprocess.run(["groff", "-man", "-Tutf8", "-wall", str(page)], capture_output=True, text=True)
@@ -90,6 +117,16 @@ def test_the_shared_library_shows_what_the_headers_declare_and_nothing_else(pref
     shown = run("nm", "-D", "--defined-only", libraries / "libmovo_net.so")
     shown = {name.split("@")[0] for _, kind, name in map(str.split, shown.splitlines()) if kind != "A"}
     assert shown == functions | variables
+
+
+def test_the_static_library_has_every_fixed_name(prefix, libraries):
+    fixed = glue_functions(prefix)
+    for header in sorted((REPOSITORY / "movoglue/net").rglob("*.h")):
+        for text in re.findall(r'extern "C" \{(.*?)^\} // extern "C"', header.read_text(), re.S | re.M):
+            fixed |= set(re.findall(r"^[\w: *]*?\b(\w+)\([^;{}]*\);$", text, re.M))
+    assert fixed >= {"Movo_NET_Glue_Init", "GetDefaultGateway", "readNlSock", "int_Movo_Net_SaveEss"}
+    shown = set(re.findall(r" T (\w+)$", run("nm", "--defined-only", "--extern-only", libraries / "libmovo_net.a"), re.M))
+    assert sorted(fixed - shown - {"static_assert"}) == []
 
 
 def test_the_shared_library_has_a_soname_and_no_paths(libraries):

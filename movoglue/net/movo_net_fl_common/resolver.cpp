@@ -77,16 +77,31 @@ LeaseNames readNames(std::FILE* file)
     return names;
 }
 
+/** Takes the next dotted quad off a line of words with commas between them; false when none is left. */
+bool takeServer(const char*& words, std::uint32_t& server)
+{
+    bool found = false;
+    while (!found && *words != '\0' && *words != '\n') {
+        const std::size_t length = std::strcspn(words, ",\n");
+        const FixedText<kLineSize> word("%.*s", static_cast<int>(length), words);
+        found = parseDottedQuad(word.c_str(), server); // other words could not be resolvers, and may be anything
+        words += length + (words[length] == ',' ? 1 : 0);
+    }
+    return found;
+}
+
+bool hasServer(const LeaseNames& names)
+{
+    const char* words = names.servers;
+    std::uint32_t server = 0;
+    return takeServer(words, server);
+}
+
 void writeNames(std::FILE* file, const LeaseNames& names)
 {
-    const char* server = names.servers;
-    for (;;) {
-        const std::size_t length = std::strcspn(server, ",\n");
-        (void)std::fprintf(file, "nameserver %.*s\n", static_cast<int>(length), server);
-        if (server[length] != ',') {
-            break;
-        }
-        server += length + 1;
+    std::uint32_t server = 0;
+    for (const char* words = names.servers; takeServer(words, server);) {
+        (void)std::fprintf(file, "nameserver %s\n", DottedQuad(server).c_str());
     }
     const auto domainLength = static_cast<int>(std::strcspn(names.domain, "'\n"));
     (void)std::fprintf(file, "search %.*s\n", domainLength, names.domain);
@@ -147,7 +162,7 @@ RETURN_TYPE SetDNSDhcp(MovoNetIface_t* pIface)
         return kFail;
     }
     const LeaseNames names = readNames(info.get());
-    if (names.servers[0] == '\0') {
+    if (!hasServer(names)) {
         NET_ERROR("dns not found\n");
         return kFail;
     }

@@ -6,6 +6,7 @@
 #include "support/log.h"
 #include "support/text.h"
 
+#include <algorithm>
 #include <cstring>
 #include <linux/netlink.h>
 #include <linux/rtnetlink.h>
@@ -38,27 +39,45 @@ T readAs(const char* at)
     return value;
 }
 
-/** The messages of one received piece up to the done message. */
+/** What is kept of one datagram: `length` bytes of messages, and whether the done message followed them. */
 struct Piece {
     int length;
     bool done;
 };
 
-/** A done message may share the datagram with the last routes; waiting for another one would never end. */
-Piece beforeDone(const char* buffer, int received)
+bool isOfAnotherFamily(const nlmsghdr& header, const char* message)
 {
+    return header.nlmsg_type == RTM_NEWROUTE && header.nlmsg_len >= NLMSG_LENGTH(sizeof(rtmsg)) &&
+           readAs<rtmsg>(message + NLMSG_HDRLEN).rtm_family != AF_INET;
+}
+
+/**
+ * Cuts a datagram at the done message, which may share it with the last routes: waiting for another one would never
+ * end. Removes routes of other families: neighbours advertise any number of IPv6 prefixes, which must not fill the
+ * reply.
+ */
+Piece keepUsable(char* datagram, int received)
+{
+    int kept = 0;
     int at = 0;
     while (received - at >= static_cast<int>(sizeof(nlmsghdr))) {
-        const auto header = readAs<nlmsghdr>(buffer + at);
+        const auto header = readAs<nlmsghdr>(datagram + at);
         if (header.nlmsg_type == NLMSG_DONE) {
-            return {at, true};
+            return {kept, true};
         }
-        if (header.nlmsg_len < sizeof(nlmsghdr) || header.nlmsg_len > static_cast<unsigned>(received - at)) {
+        const int left = received - at;
+        if (header.nlmsg_len < sizeof(nlmsghdr) || header.nlmsg_len > static_cast<unsigned>(left)) {
             break;
         }
-        at += static_cast<int>(NLMSG_ALIGN(header.nlmsg_len));
+        const int size = std::min(static_cast<int>(NLMSG_ALIGN(header.nlmsg_len)), left);
+        if (!isOfAnotherFamily(header, datagram + at)) {
+            std::memmove(datagram + kept, datagram + at, static_cast<std::size_t>(size));
+            kept += size;
+        }
+        at += size;
     }
-    return {received, false};
+    std::memmove(datagram + kept, datagram + at, static_cast<std::size_t>(received - at));
+    return {kept + received - at, false};
 }
 
 bool sendRequest(int fd, int processId)
@@ -138,24 +157,30 @@ int countDefaultRoutes(char* buffer, int length, unsigned int* gw, const char* i
 
 int readNlSock(int sockFd, char* bufPtr, int seqNum, int pId)
 {
+    alignas(nlmsghdr) char datagram[kReplySize];
     int total = 0;
     for (;;) {
-        const auto room = static_cast<std::size_t>(kReplySize - total);
+        const int room = kReplySize - total;
         // With no room left the end may be lost already, and waiting for more would never end.
-        const ssize_t result = room > 0 ? recv(sockFd, bufPtr + total, room, 0) : 0;
+        const ssize_t result = room > 0 ? recv(sockFd, datagram, sizeof(datagram), 0) : 0;
         if (result < 0) {
             NET_ERROR("recv failed\n");
             return -1;
         }
         const int received = static_cast<int>(result);
         const bool hasHeader = received >= static_cast<int>(sizeof(nlmsghdr));
-        const auto header = hasHeader ? readAs<nlmsghdr>(bufPtr + total) : nlmsghdr{};
+        const auto header = hasHeader ? readAs<nlmsghdr>(datagram) : nlmsghdr{};
         if (header.nlmsg_len < sizeof(nlmsghdr) || header.nlmsg_len > static_cast<unsigned>(received) ||
             header.nlmsg_type == NLMSG_ERROR) {
             NET_ERROR("Error in recieved packet\n");
             return -1;
         }
-        const Piece piece = beforeDone(bufPtr + total, received);
+        const Piece piece = keepUsable(datagram, received);
+        if (piece.length + (piece.done ? static_cast<int>(sizeof(nlmsghdr)) : 0) > room) {
+            NET_ERROR("Error in recieved packet\n");
+            return -1;
+        }
+        std::memcpy(bufPtr + total, datagram, static_cast<std::size_t>(piece.length));
         total += piece.length;
         if (piece.done || (header.nlmsg_flags & NLM_F_MULTI) == 0) {
             return total;

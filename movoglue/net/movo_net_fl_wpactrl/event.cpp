@@ -5,6 +5,7 @@
 #include "support/log.h"
 #include "support/shared.h"
 
+#include <algorithm>
 #include <cstring>
 #include <string_view>
 #include <wpa_ctrl.h>
@@ -36,9 +37,17 @@ struct Link {
     Drain outcome() const { return open() ? Drain::GoOn : Drain::Stop; }
 };
 
+/** Searches the supplicant's own words; the name in quotes between them is whatever an access point calls itself. */
 bool contains(std::string_view message, std::string_view text)
 {
-    return message.find(text) != std::string_view::npos;
+    const std::size_t open = std::min(message.find_first_of("'\""), message.size());
+    const std::string_view before = message.substr(0, open);
+    std::string_view after = message.substr(open);
+    if (!after.empty()) {
+        const std::size_t close = after.rfind(after.front()); // the last one: names may hold quotes
+        after = close == 0 ? std::string_view{} : after.substr(close + 1);
+    }
+    return before.find(text) != std::string_view::npos || after.find(text) != std::string_view::npos;
 }
 
 /** Removes a timer of the link; on the loop's thread, so that no lock stands in the way. */
@@ -58,7 +67,7 @@ std::string_view ssidOf(std::string_view message)
         return {};
     }
     const std::string_view rest = message.substr(start + kBefore.size());
-    const std::size_t end = rest.find("' freq");
+    const std::size_t end = rest.rfind("' freq"); // a name may hold this text, too
     if (rest.starts_with('\'') || end == std::string_view::npos) {
         return {};
     }

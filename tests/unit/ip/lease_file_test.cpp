@@ -88,12 +88,23 @@ TEST_F(Lease, NeedsNoLineEnd)
     EXPECT_EQ(resolver("DNS=8.8.8.8\nDOMAIN='lan"), "nameserver 8.8.8.8\nsearch lan\n");
 }
 
-TEST_F(Lease, KeepsALineForEveryEmptyServer)
+TEST_F(Lease, SkipsServersThatAreNoDottedQuads)
 {
-    EXPECT_EQ(resolver("DNS=\n"), "nameserver \nsearch \n");
-    EXPECT_EQ(resolver("DNS=8.8.8.8,\n"), "nameserver 8.8.8.8\nnameserver \nsearch \n");
-    EXPECT_EQ(resolver("DNS=,,\n"), "nameserver \nnameserver \nnameserver \nsearch \n");
-    EXPECT_EQ(resolver("DNS=8.8.8.8,"), "nameserver 8.8.8.8\nnameserver \nsearch \n");
+    EXPECT_EQ(resolver("DNS=8.8.8.8,\n"), "nameserver 8.8.8.8\nsearch \n");
+    EXPECT_EQ(resolver("DNS=,8.8.8.8,,8.8.4.4"), "nameserver 8.8.8.8\nnameserver 8.8.4.4\nsearch \n");
+    EXPECT_EQ(resolver("DNS=fe80::1,8.8.8.8,evil.example,8.8.4,8.8.4.256,8.8.4.4 x,8.8.4.4\n"),
+              "nameserver 8.8.8.8\nnameserver 8.8.4.4\nsearch \n");
+    EXPECT_EQ(resolver("DNS=8.8.8.8\roptions debug,255.255.255.2551,255.255.255.255\nDOMAIN='lan'\n"),
+              "nameserver 255.255.255.255\nsearch lan\n");
+}
+
+TEST_F(Lease, WhoseServersAreNoDottedQuadsHasNone)
+{
+    expectNoServers("DNS=\n");
+    expectNoServers("DNS=,,\n");
+    expectNoServers("DNS=fe80::1,localhost\nDOMAIN='lan'\n");
+    expectNoServers("DNSSERVERS=8.8.8.8\n");
+    expectNoServers("DNS=" + std::string(251, '1') + "\n");
 }
 
 TEST_F(Lease, CutsTheDomainAtItsFirstQuote)
@@ -112,7 +123,7 @@ TEST_F(Lease, TakesTheDomainFromItsNinthCharacterQuotedOrNot)
 TEST_F(Lease, TakesTheServersFromTheFifthCharacter)
 {
     EXPECT_EQ(resolver("DNSX8.8.8.8\n"), "nameserver 8.8.8.8\nsearch \n");
-    EXPECT_EQ(resolver("DNSSERVERS=8.8.8.8\n"), "nameserver ERVERS=8.8.8.8\nsearch \n");
+    EXPECT_EQ(resolver("DNS==8.8.8.8,8.8.4.4\n"), "nameserver 8.8.4.4\nsearch \n");
 }
 
 TEST_F(Lease, KnowsKeysAtTheBeginningOfALineOnly)
@@ -148,16 +159,15 @@ TEST_F(Lease, WithoutServersLeavesTheResolverAlone)
 
 TEST_F(Lease, OfALineThatIsJustShortEnoughIsWhole)
 {
-    const std::string servers(255 - 4 - 1, '1');
-    EXPECT_EQ(resolver("DNS=" + servers + "\n"), "nameserver " + servers + "\nsearch \n");
-    const std::string unended(255 - 4, '1');
-    EXPECT_EQ(resolver("DNS=" + unended + "\nDOMAIN='lan'\n"), "nameserver " + unended + "\nsearch lan\n");
+    const std::string commas(255 - 4 - 8 - 1, ',');
+    EXPECT_EQ(resolver("DNS=" + commas + "2.2.2.22\n"), "nameserver 2.2.2.22\nsearch \n");
+    EXPECT_EQ(resolver("DNS=," + commas + "2.2.2.22\nDOMAIN='lan'\n"), "nameserver 2.2.2.22\nsearch lan\n");
 }
 
 TEST_F(Lease, ReadsALongerLineInPiecesThatAreLines)
 {
-    const std::string first(255 - 4, '1');
-    EXPECT_EQ(resolver("DNS=" + first + "2.2.2.2\n"), "nameserver " + first + "\nsearch \n");
+    const std::string commas(255 - 4 - 7, ',');
+    EXPECT_EQ(resolver("DNS=" + commas + "2.2.2.22\n"), "nameserver 2.2.2.2\nsearch \n");
     EXPECT_EQ(resolver(std::string(255, 'x') + "DNS=8.8.8.8\n"), "nameserver 8.8.8.8\nsearch \n");
     const std::string domain(255 - 8, 'd');
     EXPECT_EQ(resolver("DOMAIN='" + domain + "rest'\nDNS=8.8.8.8\n"), "nameserver 8.8.8.8\nsearch " + domain + "\n");

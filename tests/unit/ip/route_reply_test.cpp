@@ -46,6 +46,17 @@ protected:
         return routeMessage({.ifname = "eth0", .gateway = via}, head);
     }
 
+    /** `count` IPv6 routes of 116 bytes each, as the kernel lists prefixes that a router advertises. */
+    static std::string prefixes(std::size_t count)
+    {
+        const std::string body = std::string("\x0a\x40\0\0\xfe\2\0\1\0\0\0\0", 12) + std::string(88, '\0');
+        std::string messages;
+        while (count-- > 0) {
+            messages += netlinkMessage({}, body);
+        }
+        return messages;
+    }
+
     /** A message of a type that nobody looks at, which fills `size` bytes. */
     static std::string filler(std::size_t size)
     {
@@ -183,6 +194,39 @@ TEST_F(Reply, LargerThanTheBufferIsRefused)
 TEST_F(Reply, CutInItsLastDatagramIsRefusedWithoutWaitingForMore)
 {
     expectBroken({filler(kBuffer - 60) + route() + doneMessage()});
+}
+
+TEST_F(Reply, WithAnyNumberOfIpv6RoutesCountsTheOthers)
+{
+    EXPECT_EQ(count({route(), prefixes(32), prefixes(38), doneMessage()}), 1);
+    EXPECT_EQ(gateway, address("10.0.2.2"));
+
+    Datagrams datagrams{route()};
+    for (int sent = 0; sent < 500; sent += 70) {
+        datagrams.push_back(prefixes(70)); // as large as the kernel makes a datagram for a buffer of 8192 bytes
+    }
+    datagrams.push_back(prefixes(2) + route("10.0.2.3") + prefixes(2));
+    datagrams.push_back(doneMessage());
+    EXPECT_EQ(count(datagrams), 2);
+    EXPECT_EQ(gateway, address("10.0.2.3"));
+    EXPECT_EQ(count(datagrams, "eth0"), 1);
+    EXPECT_EQ(told(set), Lines{});
+}
+
+TEST_F(Reply, OfIpv6RoutesAloneIsEmpty)
+{
+    EXPECT_EQ(count({prefixes(70), prefixes(70), prefixes(3) + doneMessage()}), 0);
+    EXPECT_EQ(gateway, 0U);
+    EXPECT_EQ(told(set), Lines{});
+}
+
+TEST_F(Reply, BehindIpv6RoutesIsJudgedAsWithoutThem)
+{
+    expectBroken({prefixes(70), netlinkMessage({.type = NLMSG_ERROR, .flags = 0}, std::string(20, '\0'))});
+    expectBroken({prefixes(70), route().substr(0, 15)});
+    expectBroken({prefixes(70), filler(kBuffer - 8), route(), doneMessage()});
+    EXPECT_EQ(count({prefixes(1) + route("10.0.2.2", {.lengthChange = 1}), doneMessage()}), 0);
+    EXPECT_EQ(count({prefixes(70), filler(kBuffer - route().size() - 20), route() + doneMessage()}), 1);
 }
 
 TEST_F(Reply, OfARouteThatDoesNotFillItsLastWordIsReadAsFarAsItGoes)

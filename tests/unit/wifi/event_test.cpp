@@ -174,6 +174,63 @@ TEST(RealTranscripts, WpsTeachesItsNetwork)
     EXPECT_RAN_IN_ORDER(bench.set, {"cp -f Misc/wpa_supplicant.conf /etc/", "sync"});
 }
 
+namespace {
+/** The messages in which the supplicant quotes a name, each with names that hold the words of events. */
+Lines messagesOfEvilNames()
+{
+    Lines messages;
+    for (const std::string name :
+         {"Handshake failed", "CTRL-EVENT-CONNECTED ", "CTRL-EVENT-DISCONNECTED ", "CTRL-EVENT-SCAN-RESULTS ",
+          "' CTRL-EVENT-CONNECTED ", "'' Handshake failed'", R"(\" CTRL-EVENT-DISCONNECTED \")"}) {
+        messages.insert(messages.end(),
+                        {"<3>Trying to associate with 02:00:00:00:04:00 (SSID='" + name + "' freq=2422 MHz)",
+                         "<3>SME: Trying to authenticate with 02:00:00:00:04:00 (SSID='" + name + "' freq=2422 MHz)",
+                         "<3>Trying to associate with SSID '" + name + "'",
+                         "<3>CTRL-EVENT-SSID-REENABLED id=0 ssid=\"" + name + "\""});
+    }
+    return messages;
+}
+} // namespace
+
+TEST(QuotedName, ThatHoldsTheWordsOfAnEventDoesNothing)
+{
+    Bench bench;
+    bench.connect();
+    ASSERT_EQ(int_Movo_Net_Wpactrl_Scan(&bench.iface), 0);
+    EXPECT_EQ(bench.hear(messagesOfEvilNames()), 0);
+    EXPECT_EQ(bench.link().connectStatus, WPACTRL_STATUS_CONNECTING);
+    EXPECT_EQ(bench.link().isScanning, 1);
+    EXPECT_CALLBACKS(bench.set, {});
+
+    (void)bench.hear({kConnected});
+    EXPECT_CALLBACKS(bench.set, {{kIfConnected, "mlan0"}});
+    EXPECT_EQ(bench.hear(messagesOfEvilNames()), 0);
+    EXPECT_EQ(bench.link().connectStatus, WPACTRL_STATUS_CONNECTED);
+    EXPECT_EQ(bench.link().isScanning, 1);
+    EXPECT_CALLBACKS(bench.set, {});
+}
+
+TEST(QuotedName, DoesNotHideTheWordsBehindIt)
+{
+    Bench bench;
+    bench.connect();
+    EXPECT_EQ(bench.hear({"<3>ssid=\"it's\" CTRL-EVENT-CONNECTED "}), 0);
+    EXPECT_EQ(bench.link().connectStatus, WPACTRL_STATUS_CONNECTED);
+}
+
+TEST(WpsMode, LearnsANameThatHoldsTheTextBehindNames)
+{
+    const std::string name = "Net' freq=2412 MHz)";
+    Bench bench;
+    bench.list("Net", _MOVO_NET_WIFI_SECURITY_OPEN_, _MOVO_NET_WIFI_ENCRYP_NONE_);
+    bench.list(name.c_str(), _MOVO_NET_WIFI_SECURITY_WPA2_PSK_, _MOVO_NET_WIFI_ENCRYP_AES_).bssid = 42;
+    ASSERT_EQ(int_Movo_Net_Wpactrl_WPSPBC(&bench.iface), 0);
+    EXPECT_EQ(bench.hear({"<3>Trying to associate with x (SSID='" + name + "' freq=2422 MHz)"}), 0);
+    EXPECT_EQ(bench.link().isWpsEssSaved, 1);
+    EXPECT_STREQ(bench.wifi().curOperatingEsss.essid, name.c_str());
+    EXPECT_EQ(bench.wifi().curOperatingEsss.bssid, 42);
+}
+
 TEST(WpsMode, LearnsNothingFromAHiddenOrOverlongName)
 {
     Bench bench;
