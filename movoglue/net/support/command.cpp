@@ -16,11 +16,7 @@ bool launch(const char* command, pid_t& pid)
 {
     const NoLaunch alone;
     const char* words[] = {"sh", "-c", command, nullptr};
-    const int error = posix_spawn(&pid, "/bin/sh", nullptr, nullptr, const_cast<char* const*>(words), environ);
-    if (error != 0) {
-        errno = error;
-    }
-    return error == 0;
+    return posix_spawn(&pid, "/bin/sh", nullptr, nullptr, const_cast<char* const*>(words), environ) == 0;
 }
 } // namespace
 

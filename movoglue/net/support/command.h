@@ -7,8 +7,8 @@
 
 namespace movonet {
 /**
- * Runs a command and waits for it. 0 when it succeeded, -1 when the shell could not be started (errno says why) or the
- * command is empty, else its wait status.
+ * Runs a command and waits for it. 0 when it succeeded, -1 when the shell could not be started or the command is empty,
+ * else its wait status.
  */
 int runShell(const char* command);
 
