@@ -12,7 +12,6 @@
 #include <cstdio>
 #include <ifaddrs.h>
 #include <pthread.h>
-#include <spawn.h>
 #include <sys/select.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -43,10 +42,6 @@ FILE* sim_fopen(const char* path, const char* mode);
 int sim_fclose(FILE* stream);
 FILE* sim_popen(const char* command, const char* mode);
 int sim_pclose(FILE* stream);
-int sim_posix_spawn(pid_t* pid, const char* path, const posix_spawn_file_actions_t* actions,
-                    const posix_spawnattr_t* attributes, char* const* words, char* const* environment);
-pid_t sim_waitpid(pid_t pid, int* status, int options);
-/** Both, for the set's own tests. */
 int sim_system(const char* command);
 int sim_kill(pid_t pid, int signal);
 

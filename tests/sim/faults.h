@@ -53,7 +53,6 @@ enum class Call {
     InotifyInit,
     InotifyAddWatch,
     TimerCreate,
-    Waitpid,
 };
 
 /** Whose call: the test's own, the event loop's, another one that the product created, or any other. */

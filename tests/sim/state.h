@@ -124,8 +124,6 @@ struct CommandScript {
 
 struct Commands {
     std::vector<CommandScript> scripts;
-    std::map<int, std::string> launched; ///< By the pid of their shell; run when they are waited for.
-    int lastShell = 100000;
 };
 
 struct ProcessState {

@@ -4,7 +4,6 @@
 
 #include <cstdlib>
 #include <sys/wait.h>
-#include <unistd.h>
 
 namespace sim {
 namespace {
@@ -193,50 +192,16 @@ int sim_pclose(FILE* stream)
     return status;
 }
 
-int sim_posix_spawn(pid_t* pid, const char* path, const posix_spawn_file_actions_t* actions,
-                    const posix_spawnattr_t* attributes, char* const* words, char* const* environment)
+int sim_system(const char* command)
 {
     if (!active()) {
-        return posix_spawn(pid, path, actions, attributes, words, environment);
+        return std::system(command); // NOLINT(cert-env33-c)
     }
-    const std::string command = words[2];
     if (const auto strike = enter(Call::System, {.name = command})) {
         const Hold hold;
         journal(command, -1, false);
-        return strike->error;
-    }
-    const Hold hold;
-    *pid = ++world().commands.lastShell;
-    world().commands.launched[*pid] = command;
-    return 0;
-}
-
-pid_t sim_waitpid(pid_t pid, int* status, int options)
-{
-    if (!active()) {
-        return waitpid(pid, status, options);
-    }
-    if (const auto strike = enter(Call::Waitpid, {})) {
         return failWith(strike->error);
     }
-    std::string command;
-    {
-        const Hold hold;
-        command = world().commands.launched.at(pid);
-        world().commands.launched.erase(pid);
-    }
     letLoopReachItsWait();
-    *status = executeScripted(command);
-    return pid;
-}
-
-int sim_system(const char* command)
-{
-    const char* words[] = {"sh", "-c", command, nullptr};
-    pid_t pid = 0;
-    int status = -1;
-    if (sim_posix_spawn(&pid, "/bin/sh", nullptr, nullptr, const_cast<char* const*>(words), environ) == 0) {
-        (void)sim_waitpid(pid, &status, 0);
-    }
-    return status;
+    return executeScripted(command);
 }

@@ -2,9 +2,6 @@
 #ifndef MOVO_NET_SUPPORT_COMMAND_H
 #define MOVO_NET_SUPPORT_COMMAND_H
 
-#include <cstdio>
-#include <pthread.h>
-
 namespace movonet {
 /**
  * Runs a command and waits for it. 0 when it succeeded, -1 when the shell could not be started or the command is empty,
@@ -17,21 +14,6 @@ int runShell(const Text& command)
 {
     return runShell(command.c_str());
 }
-
-/** Starts a command and returns the stream of its output, or NULL; for pclose. */
-std::FILE* readShell(const char* command);
-
-/** Held while a program is launched, not while it runs. Nothing is taken while it is held. */
-extern pthread_mutex_t launchLock;
-
-/** While it lives nobody launches a program: for a descriptor that is not close-on-exec from its first moment on. */
-class [[nodiscard]] NoLaunch {
-public:
-    NoLaunch() { (void)pthread_mutex_lock(&launchLock); }
-    ~NoLaunch() { (void)pthread_mutex_unlock(&launchLock); }
-    NoLaunch(const NoLaunch&) = delete;
-    NoLaunch& operator=(const NoLaunch&) = delete;
-};
 } // namespace movonet
 
 #endif

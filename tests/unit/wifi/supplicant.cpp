@@ -66,11 +66,7 @@ struct Library {
             return nullptr;
         }
         supplicant.m_open.push_back(new wpa_ctrl{eventfd(0, EFD_NONBLOCK), false, false}); // as the library does
-        wpa_ctrl* opened = supplicant.m_open.back();
-        if (supplicant.onOpened) {
-            supplicant.onOpened(opened->fd);
-        }
-        return opened;
+        return supplicant.m_open.back();
     }
 
     void close(wpa_ctrl* connection)
