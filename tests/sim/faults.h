@@ -1,4 +1,4 @@
-/** Calls of the product that the simulated set lets fail, or at which it lets the test do something. */
+/** Fault injection: calls of the product that fail, or at which the test does something. */
 #ifndef SIM_FAULTS_H
 #define SIM_FAULTS_H
 

@@ -123,7 +123,7 @@ public:
     std::uint32_t awaited() const;
     /** The file was written. */
     void modified();
-    /** The file was removed: its watchers are told, and do not watch any more. */
+    /** The file was removed: its watches report that and end. */
     void gone();
     /** What their next read gives, events or not. */
     void tells(const std::string& bytes);

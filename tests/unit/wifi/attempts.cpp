@@ -160,7 +160,7 @@ void Attempts::timedOut(bool linked)
 {
     if (m_wasTrying || (m_stage == Stage::Trying && !linked)) {
         end(End::TimeOut, Stage::None);
-    } else if (!m_left && linked) { // left for want of an address is told as a time-out, too
+    } else if (!m_left && linked) { // left for want of an address reports a time-out, too
         complain("a time-out without an attempt");
     }
     m_left = m_removed = false;
