@@ -74,10 +74,9 @@ TEST_F(Keys, AreShownToWhomTheEnvironmentSaysSo)
 {
     tell("1");
     EXPECT_EQ(shown("[SET_NETWORK 0 psk \"correct horse\"] failed\n"), "[SET_NETWORK 0 psk \"correct horse\"] failed");
-    for (const char* value : {"0", "", "yes", "11"}) {
-        tell(value);
-        EXPECT_EQ(shown("[SET_NETWORK 0 psk \"correct horse\"] failed\n"), "[SET_NETWORK 0 psk \"***\"] failed")
-            << value;
+    for (const std::string value : {"0", "", "yes", "11"}) { // each with a line of its own: repeats are counted
+        tell(value.c_str());
+        EXPECT_EQ(shown("[" + value + " psk \"correct horse\"] failed\n"), "[" + value + " psk \"***\"] failed");
     }
 }
 
