@@ -133,10 +133,16 @@ bool watchPipe(const Run& run, const HeapText& path)
     return true;
 }
 
+bool pipeIsNamed(const MovoNetIface_t& iface, const HeapText& path)
+{
+    const LoopGate gate; // nobody closes the descriptor meanwhile
+    return isNamed(get(iface.dhcpcfd), path.c_str());
+}
+
 /** The command follows links, so that the name must still be the pipe's. */
 bool openToEverybody(const MovoNetIface_t& iface, const HeapText& path, CallSite at)
 {
-    if (!isNamed(get(iface.dhcpcfd), path.c_str()) || runShell(HeapText("chmod 777 %s", path.c_str())) != 0) {
+    if (!pipeIsNamed(iface, path) || runShell(HeapText("chmod 777 %s", path.c_str())) != 0) {
         NET_LOG_AT(at, KEST_LEVEL_ERROR, ":chmod failed \n");
         return false;
     }

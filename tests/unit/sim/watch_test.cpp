@@ -1,6 +1,7 @@
 #include "sim/calls.h"
 #include "sim/sim.h"
 
+#include <atomic>
 #include <ifaddrs.h>
 #include <sys/inotify.h>
 #include <sys/stat.h>
@@ -48,7 +49,7 @@ TEST(FileWatches, CountAsQuietWhileTheyAreRead)
     set.write(kFile, "");
     const int fd = sim_inotify_init1(IN_CLOEXEC);
     EXPECT_GT(sim_inotify_add_watch(fd, kFile, IN_MODIFY), 0);
-    bool read = false;
+    std::atomic<bool> read = false;
     set.background([&] {
         inotify_event event{};
         EXPECT_GT(sim_read(fd, &event, sizeof(event)), 0);
