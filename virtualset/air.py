@@ -12,7 +12,7 @@ worlds/NAME/*.conf has one access point a file, in hostapd's own language; guest
 import pathlib
 
 WORLDS = pathlib.Path(__file__).parent / "worlds"
-SPARE_RADIOS = 3    # for phones and strangers
+SPARE_RADIOS = 4    # for two phones and two strangers
 CHIP = "brcm_43569"
 
 
