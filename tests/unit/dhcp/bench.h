@@ -19,6 +19,7 @@ using ip::told;
 
 inline constexpr const char* kMarker = "/tmp/NotifyNtpclient";
 inline constexpr const char* kPidFile = "/tmp/dhcp/dhcpcd-eth0.pid";
+inline constexpr int kPid = 4711; ///< Its usual number.
 inline constexpr const char* kPipe = "/tmp/dhcpnotify.pipe.eth0";
 inline constexpr const char* kLaunch =
     "export DHCP_NOTIFY_PIPE_DIR=\"/tmp/dhcpnotify.pipe.eth0\"; /system/bin/dhcpcd  -B "

@@ -12,8 +12,6 @@ using namespace dhcp;
 namespace {
 using Signals = std::vector<sim::Signal>;
 
-constexpr int kPid = 4711;
-
 struct Row {
     const char* name;
     bool alive;

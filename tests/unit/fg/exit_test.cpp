@@ -5,7 +5,6 @@
 
 namespace {
 constexpr const char* kExit = "Movo_NET_Glue_Exit";
-constexpr auto kEther = _MOVO_NET_IFACE_ETHER_;
 
 class Exit : public testing::Test {
     std::list<FakeIface> m_ifaces;

@@ -7,7 +7,6 @@
 
 namespace {
 constexpr const char* kPass = "OnLinkStatusEventRev";
-constexpr auto kEther = _MOVO_NET_IFACE_ETHER_;
 constexpr auto kWifi = _MOVO_NET_IFACE_WIFI_;
 constexpr auto kLo = _MOVO_NET_IFACE_LO_;
 

@@ -3,8 +3,6 @@
 #include <pthread.h>
 
 namespace {
-constexpr const char* kInit = "Movo_NET_Glue_Init";
-
 class Start : public testing::Test {
 protected:
     sim::Set set;

@@ -1,3 +1,4 @@
+#include "names.h"
 #include "television.h"
 
 #include <algorithm>
@@ -11,7 +12,6 @@ using namespace wifi;
 namespace {
 const Network kHome{"My Home Net", "[WPA2-PSK-CCMP][WPS][ESS]", "02:00:00:00:01:00", 5180, -47};
 const Network kCafe{"Cafe", "[ESS]", "02:00:00:00:02:00", 2412, -70};
-constexpr const char* kIf = "mlan0";
 const std::string kDigits(64, 'a'); // a key as some routers hand out, in hexadecimal
 
 template <typename Value>

@@ -10,7 +10,8 @@ using namespace wifi;
 using namespace movonet;
 
 namespace {
-constexpr const char* kAssociating = "<3>Trying to associate with 02:00:00:00:01:00 (SSID='My Home Net' freq=2412 MHz)";
+constexpr const char* kAssociatingHome =
+    "<3>Trying to associate with 02:00:00:00:01:00 (SSID='My Home Net' freq=2412 MHz)";
 
 struct Pick {
     const char* name;
@@ -72,9 +73,9 @@ const Pick kPicks[] = {
 
 TEST_P(HiddenSearchThenPick, EndsWithTheResults)
 {
-    EXPECT_EQ(bench.hear({kAssociating}), 0);
+    EXPECT_EQ(bench.hear({kAssociatingHome}), 0);
     EXPECT_CALLBACKS(bench.set, {}) << "that is the pick's";
-    EXPECT_EQ(bench.hear({kResults, kAssociating, kResults}), 0);
+    EXPECT_EQ(bench.hear({kResults, kAssociatingHome, kResults}), 0);
     EXPECT_CALLBACKS(bench.set, {{sim::WIFISCANDONE, "mlan0"}});
     expectUntouched();
     bench.set.grantTicks(290);
@@ -87,7 +88,7 @@ TEST_P(HiddenSearchThenPick, EndsWithItsTimeOut)
     EXPECT_CALLBACKS(bench.set, {{sim::WIFISCANDONE, "mlan0"}});
     EXPECT_EQ(bench.link().isScanning, 0);
     expectUntouched();
-    EXPECT_EQ(bench.hear({kResults, kAssociating}), 0);
+    EXPECT_EQ(bench.hear({kResults, kAssociatingHome}), 0);
     EXPECT_CALLBACKS(bench.set, {});
 }
 INSTANTIATE_TEST_SUITE_P(Picks, HiddenSearchThenPick, testing::ValuesIn(kPicks),

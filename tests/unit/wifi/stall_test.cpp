@@ -1,3 +1,4 @@
+#include "names.h"
 #include "television.h"
 
 #include "movo_net_fg/fg.h"
@@ -25,7 +26,6 @@ using sim::Call;
 using sim::ThreadKind;
 
 constexpr int kExchangeMs = 15000;
-constexpr const char* kIf = "mlan0";
 
 /** Where a wait would hold up others. */
 struct NamedLock {

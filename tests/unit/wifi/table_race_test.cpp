@@ -1,4 +1,5 @@
 #include "bench.h"
+#include "names.h"
 
 #include <gtest/gtest.h>
 #include <sched.h>
@@ -62,12 +63,6 @@ TEST(ReplacedTable, TakesNoPriorityForANetworkThatIsGone)
     EXPECT_EQ(int_Movo_NET_WifiSetPriorityEss(&bench.iface, "Net", 7), 1);
 }
 
-namespace {
-constexpr const char* kFile = "/tmp/wpa_scan_result";
-const std::string kTable =
-    "bssid / frequency / signal level / flags / ssid\n02:00:00:00:01:00\t2412\t-40\t[ESS]\tNet\n";
-} // namespace
-
 TEST(ResultFile, IsNotEmptiedByAnotherUpdateBeforeItIsRead)
 {
     Bench bench;
@@ -75,13 +70,13 @@ TEST(ResultFile, IsNotEmptiedByAnotherUpdateBeforeItIsRead)
     {
         const ScopedLock table(bench.wifi().lock); // where the first update waits with its results in the file
         bench.set.background([&bench] { EXPECT_EQ(int_Movo_Net_Wpactrl_ScanResult(&bench.iface), 0); });
-        while (!bench.set.exists(kFile) || bench.set.read(kFile) != kTable) {
+        while (!bench.set.exists(kScanFile) || bench.set.read(kScanFile) != kTable) {
             (void)sched_yield();
         }
-        bench.set.fail({.call = sim::Call::Write, .on = kFile, .nth = 1, .error = ENOSPC});
+        bench.set.fail({.call = sim::Call::Write, .on = kScanFile, .nth = 1, .error = ENOSPC});
         const sim::CapturedOutput output;
         EXPECT_EQ(int_Movo_Net_Wpactrl_ScanResult(&bench.iface), 1);
-        EXPECT_EQ(bench.set.read(kFile), "");
+        EXPECT_EQ(bench.set.read(kScanFile), "");
     }
     bench.set.joinBackground();
     ASSERT_EQ(bench.wifi().esss_num, 1);

@@ -1,3 +1,4 @@
+#include "names.h"
 #include "support/shared.h"
 #include "television.h"
 
@@ -13,8 +14,6 @@ using namespace movonet;
 // same order, and makes of the events what is told to the application, remembered and done.
 
 namespace {
-constexpr const char* kIf = "mlan0";
-
 struct Line {
     enum class Kind { Send, Reply, Event, Other } kind;
     std::string text;

@@ -1,3 +1,4 @@
+#include "names.h"
 #include "walk.h"
 
 #include "support/shared.h"
@@ -14,7 +15,6 @@ using namespace movonet;
 
 namespace wifi {
 namespace {
-constexpr const char* kIf = "mlan0";
 const sim::Lease kWired{};
 const sim::Lease kWireless{"10.0.3.15", "255.255.255.0", "10.0.3.2", "10.0.3.3", "air"};
 
