@@ -132,6 +132,27 @@ TEST(IfDown, HandsTheRouteToTheOtherInterface)
     EXPECT_EQ(bench.set.defaultRoutes(), Lines{"10.1.0.1 dev eth1"});
 }
 
+/** What an activation begins meanwhile must not be what is then cleared. */
+TEST(IfDown, MakesAnActivationWaitForItsEnd)
+{
+    Bench bench;
+    bench.launch();
+    std::atomic<bool> underWay{false};
+    bench.set.onCommand("netcfg eth0 up").does([&] { underWay = true; });
+    bench.set.fail({.call = sim::Call::Sleep, .nth = 1, .does = [&] { // the client ends
+                        bench.set.background([&bench] { EXPECT_EQ(ifup(&bench.iface), 0); });
+                        goesAsFarAsItCan(underWay);
+                        EXPECT_EQ(movonet::get(bench.iface.isActived), 0);
+                    }});
+    EXPECT_EQ(ifdown(&bench.iface), 0);
+    bench.set.joinBackground();
+    EXPECT_EQ(bench.iface.isActived, 1);
+    EXPECT_NE(bench.iface.macaddr, 0);
+    EXPECT_TRUE(bench.set.dhcp("eth0").running());
+    EXPECT_EQ(bench.set.dhcp("eth0").launches(), 2);
+    EXPECT_TRUE(bench.set.exists(kPipe));
+}
+
 class IfDownDuringALease : public testing::TestWithParam<MovoNetIPMode_e> {
 protected:
     IfDownDuringALease()
