@@ -53,7 +53,8 @@ bool dropTimer(Wpactrl_t& w, ScopedLock& lock, std::int32_t& handle);
 
 /**
  * What is going to be joined ends a search for a hidden network, whose results would remove it. Called before the
- * removal of networks, which waits for a handler that still saw the search. Its scan goes on.
+ * removal of networks, which waits for a handler that still saw the search, and again with the new state, for a search
+ * that has begun in between. Its scan goes on.
  */
 void endHiddenSearch(Wpactrl_t& w);
 

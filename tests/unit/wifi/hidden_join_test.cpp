@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <gtest/gtest.h>
+#include <map>
 
 // A person looks for a hidden network, and picks another one before the search has ended: what is being joined is
 // neither removed by the scan's result nor by its time-out, and WIFISCANDONE comes once.
@@ -111,4 +112,33 @@ TEST(HiddenSearch, ThatAJoinOvertakesMarksNothing)
     EXPECT_EQ(bench.hear({kResults, kConnected}), 0);
     EXPECT_EQ(sent(bench.supplicant), Lines{});
     EXPECT_CALLBACKS(bench.set, {{sim::WIFISCANDONE, "mlan0"}, {sim::IFCONNECTED, "mlan0"}});
+}
+
+TEST(HiddenSearch, ThatBeginsInsideAJoinIsEndedByIt)
+{
+    const std::map<std::string, const Pick*> picks{
+        {"ADD_NETWORK", &kPicks[0]}, {"WPS_PBC any", &kPicks[1]}, {"WPS_PIN any 12345670", &kPicks[2]}};
+    for (const auto& [command, pick] : picks) {
+        const int failed = sim::forkedRun([&] {
+            Bench bench;
+            bench.supplicant.replies["WPS_PIN any 12345670"] = {"12345670"};
+            bool searched = false;
+            bench.set.onLog([&](const sim::LogLine& line) {
+                // The join's command is on its way: another thread's search begins and is taken.
+                if (line.text == "command: " + command + "\n" && !std::exchange(searched, true)) {
+                    EXPECT_EQ(int_Movo_Net_Wpactrl_SearchHideEss(&bench.iface, "Hidden"), 0);
+                    EXPECT_EQ(bench.link().isSearchingHideEss, 1);
+                }
+            });
+            pick->picks(bench);
+            EXPECT_TRUE(searched);
+            EXPECT_EQ(bench.link().isSearchingHideEss, 0);
+            (void)sent(bench.supplicant);
+            EXPECT_EQ(bench.hear({kResults, kAssociating}), 0);
+            EXPECT_EQ(sent(bench.supplicant), Lines{});
+            EXPECT_EQ(bench.link().connectStatus, WPACTRL_STATUS_CONNECTING);
+            EXPECT_CALLBACKS(bench.set, {{sim::WIFISCANDONE, "mlan0"}});
+        });
+        EXPECT_EQ(failed, 0) << command;
+    }
 }
