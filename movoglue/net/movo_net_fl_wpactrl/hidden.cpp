@@ -27,6 +27,20 @@ RETURN_TYPE restartScan(MovoNetIface_t* pIface, Wpactrl_t* w, CallSite at)
     return result;
 }
 
+/** Marks the search, unless a join has taken its network's place since there were `attempts`; speaks for its caller. */
+RETURN_TYPE markSearch(Wpactrl_t& w, std::uint32_t attempts, CallSite at)
+{
+    const ScopedLock lock(w.lock);
+    if (!lock) {
+        NET_LOG_AT(at, KEST_LEVEL_ERROR, "lock wpa_ctrl iface failed\n");
+        return kFail;
+    }
+    // Without a join a retry of a lost lease has made CONNECTING: it tries the searched network, which must go.
+    const bool overtaken = get(w.attempts) != attempts && get(w.connectStatus) != WPACTRL_STATUS_NONE;
+    set(w.isSearchingHideEss, overtaken ? kFalse : kTrue);
+    return kOk;
+}
+
 /** Describes the network that is looked for; speaks for its caller. */
 RETURN_TYPE sendProbeNetwork(Wpactrl_t* w, int id, const char* ssid, CallSite at)
 {
@@ -52,10 +66,11 @@ RETURN_TYPE int_Movo_Net_Wpactrl_SearchHideEss(MovoNetIface_t* pIface, const cha
         NET_ERROR("invalid ssid\n");
         return kBadArgument;
     }
+    Wpactrl_t* w = wpactrl_iface(pIface);
+    const std::uint32_t attempts = get(w->attempts);
     if (int_Movo_Net_Wpactrl_RemoveNetwork(pIface) != kOk) {
         NET_INFO("[REMOVE_NETWORK] failed\n");
     }
-    Wpactrl_t* w = wpactrl_iface(pIface);
     int id = 0;
     if (const RETURN_TYPE result = addNetwork(w, id, NET_HERE); result != kOk) {
         return result;
@@ -71,12 +86,5 @@ RETURN_TYPE int_Movo_Net_Wpactrl_SearchHideEss(MovoNetIface_t* pIface, const cha
     if (select.result() != kOk) {
         return select.result();
     }
-    const ScopedLock lock(w->lock);
-    if (!lock) {
-        NET_ERROR("lock wpa_ctrl iface failed\n");
-        return kFail;
-    }
-    // A join that has begun meanwhile has ended the search already.
-    set(w->isSearchingHideEss, get(w->connectStatus) == WPACTRL_STATUS_NONE ? kTrue : kFalse);
-    return kOk;
+    return markSearch(*w, attempts, NET_HERE);
 }

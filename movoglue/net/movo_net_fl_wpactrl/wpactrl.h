@@ -38,6 +38,7 @@ struct Wpactrl_t {
     kest_bool ctrlClosed;     ///< ctrl_conn stands for a connection that is closed: every request fails.
     kest_bool isShuttingDown; ///< Of two threads that shut down, one does.
     std::uint32_t generation; ///< Counts openings and closings, for handlers that callbacks may have shut down.
+    std::uint32_t attempts;   ///< Counts joins and starts of WPS, for a hidden search that one has overtaken.
     Wpactrl_t* nextRetired;
 };
 

@@ -142,3 +142,23 @@ TEST(HiddenSearch, ThatBeginsInsideAJoinIsEndedByIt)
         EXPECT_EQ(failed, 0) << command;
     }
 }
+
+/** A lost lease is retried meanwhile: what it makes of the searched network goes with the search. */
+TEST(HiddenSearch, ThatARetryOvertakesStillTakesItsNetworkAway)
+{
+    Bench bench;
+    bool retried = false;
+    bench.set.onLog([&](const sim::LogLine& line) {
+        if (line.text == "command: SELECT_NETWORK  0\n" && !std::exchange(retried, true)) {
+            EXPECT_EQ(int_Movo_Net_Wpactrl_ResetConnecting(&bench.iface), 0);
+        }
+    });
+    EXPECT_EQ(int_Movo_Net_Wpactrl_SearchHideEss(&bench.iface, "Hidden"), 0);
+    EXPECT_TRUE(retried);
+    EXPECT_EQ(bench.link().isSearchingHideEss, 1);
+    (void)sent(bench.supplicant);
+    EXPECT_EQ(bench.hear({kResults}), 0);
+    EXPECT_EQ(sent(bench.supplicant), Lines{"REMOVE_NETWORK ALL"});
+    EXPECT_EQ(bench.link().connectStatus, WPACTRL_STATUS_NONE);
+    EXPECT_CALLBACKS(bench.set, {{sim::WIFISCANDONE, "mlan0"}});
+}
