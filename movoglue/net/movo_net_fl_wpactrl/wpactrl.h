@@ -39,6 +39,7 @@ struct Wpactrl_t {
     kest_bool isShuttingDown; ///< Of two threads that shut down, one does.
     std::uint32_t generation; ///< Counts openings and closings, for handlers that callbacks may have shut down.
     std::uint32_t attempts;   ///< Counts joins and starts of WPS, for a hidden search that one has overtaken.
+    std::uint32_t scanEnds;   ///< Counts scans that ended with results, for one that does before its reply has come.
     Wpactrl_t* nextRetired;
 };
 
