@@ -142,7 +142,8 @@ RETURN_TYPE int_Movo_Net_Wpactrl_Scan(MovoNetIface_t* pIface)
     }
     const LoopGate gate; // the results are read before this, and reported, or after the time-out is armed
     // Not isScanning: a scan that was refused may have cleared it, or the report of an earlier one's time-out.
-    if (get(w->scanEnds) != ends) {
+    // While an earlier scan ran the results were that one's, and nothing of this one was missed.
+    if (!wasScanning && get(w->scanEnds) != ends) {
         return kOk;
     }
     const RETURN_TYPE result = Wpactrl_Add_ScanEvent(w, kScanTicks);

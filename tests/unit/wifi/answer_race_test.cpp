@@ -245,3 +245,15 @@ TEST(Scan, OfAnotherThreadDuringTheReportOfATimeOutIsReported)
     EXPECT_EQ(bench.hear({kResults}), 0);
     EXPECT_CALLBACKS(bench.set, {{sim::WIFISCANDONE, "mlan0"}});
 }
+
+TEST(Scan, DuringAnotherOneIsReportedToo)
+{
+    Bench bench;
+    ASSERT_EQ(int_Movo_Net_Wpactrl_Scan(&bench.iface), 0);
+    scanWithEarlyResults(bench); // those of the first
+    EXPECT_EQ(int_Movo_Net_Wpactrl_Scan(&bench.iface), 0);
+    EXPECT_CALLBACKS(bench.set, {{sim::WIFISCANDONE, "mlan0"}});
+    EXPECT_NE(bench.link().scanTimerEventHandle, 0);
+    EXPECT_EQ(bench.hear({kResults}), 0);
+    EXPECT_CALLBACKS(bench.set, {{sim::WIFISCANDONE, "mlan0"}});
+}
