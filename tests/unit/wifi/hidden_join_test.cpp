@@ -1,8 +1,10 @@
 #include "bench.h"
 
 #include <algorithm>
+#include <atomic>
 #include <gtest/gtest.h>
 #include <map>
+#include <sched.h>
 
 // A person looks for a hidden network, and picks another one before the search has ended: what is being joined is
 // neither removed by the scan's result nor by its time-out, and WIFISCANDONE comes once.
@@ -161,4 +163,31 @@ TEST(HiddenSearch, ThatARetryOvertakesStillTakesItsNetworkAway)
     EXPECT_EQ(sent(bench.supplicant), Lines{"REMOVE_NETWORK ALL"});
     EXPECT_EQ(bench.link().connectStatus, WPACTRL_STATUS_NONE);
     EXPECT_CALLBACKS(bench.set, {{sim::WIFISCANDONE, "mlan0"}});
+}
+
+/** The time-out has seen the search and is about to remove its network, while another thread begins a join. */
+TEST(HiddenSearch, ThatTimesOutTakesNoNetworkThatAJoinHasAdded)
+{
+    Bench bench;
+    ASSERT_EQ(int_Movo_Net_Wpactrl_SearchHideEss(&bench.iface, "Hidden"), 0);
+    (void)sent(bench.supplicant);
+    std::atomic<bool> begun = false;
+    bench.set.onLog([&](const sim::LogLine& line) { begun = begun || line.text.starts_with("try to connect"); });
+    bench.set.fail({.call = sim::Call::MutexLock,
+                    .object = &bench.link().lock,
+                    .size = sizeof(bench.link().lock),
+                    .thread = sim::ThreadKind::Loop,
+                    .nth = 2, // the first one is the handler's own
+                    .does = [&] {
+                        bench.set.background([&bench] { bench.connect(); });
+                        for (int yields = 0; !begun || yields < 1000; ++yields) {
+                            (void)sched_yield(); // it goes as far as it can
+                        }
+                        EXPECT_EQ(sent(bench.supplicant), Lines{});
+                    }});
+    bench.set.grantTicks(302);
+    bench.set.joinBackground();
+    EXPECT_TRUE(begun);
+    EXPECT_EQ(bench.link().connectStatus, WPACTRL_STATUS_CONNECTING);
+    EXPECT_EQ(bench.link().isSearchingHideEss, 0);
 }
