@@ -28,8 +28,9 @@ extern "C" {
  * @par Threads    Any, also from inside the callback. Waits for the supplicant's answer.
  * @par Locks      ifaceListLock during the look-up; then those of the link to the supplicant, and eventListLock while a
  * timer is replaced, an address given back or the callback called.
- * @par Callbacks  WIFISCANDONE when it has ended, after 30 s at the latest; also after a refusal for being busy. The
- * end of a scan that was started inside the WIFISCANDONE of one that took the 30 s is not told.
+ * @par Callbacks  WIFISCANDONE when it has ended, after 30 s at the latest, or before the call has returned; also after
+ * a refusal for being busy. The end of a scan that was started inside the WIFISCANDONE of one that took the 30 s is not
+ * told.
  */
 RETURN_TYPE Movo_NET_WifiScanEsss(kest_sint32 appid, const char* ifname);
 
