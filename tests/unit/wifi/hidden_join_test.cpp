@@ -116,11 +116,44 @@ TEST(HiddenSearch, ThatAJoinOvertakesMarksNothing)
     EXPECT_CALLBACKS(bench.set, {{sim::WIFISCANDONE, "mlan0"}, {sim::IFCONNECTED, "mlan0"}});
 }
 
+namespace {
+/** A command of each pick, behind its removal of networks. */
+const std::map<std::string, const Pick*> kCommands{{"ADD_NETWORK", &kPicks[0]},
+                                                   {"WPS_PBC any", &kPicks[1]},
+                                                   {"WPS_PIN any 12345670", &kPicks[2]},
+                                                   {"WPS_PIN any", &kPicks[3]}};
+} // namespace
+
+TEST(HiddenSearch, IsEndedBeforeAPicksFirstCommands)
+{
+    for (const auto& [command, pick] : kCommands) {
+        const int failed = sim::forkedRun([&] {
+            Bench bench;
+            bench.supplicant.replies["WPS_PIN any"] = {"12345670"};
+            bench.supplicant.replies["WPS_PIN any 12345670"] = {"12345670"};
+            ASSERT_EQ(int_Movo_Net_Wpactrl_SearchHideEss(&bench.iface, "Hidden"), 0);
+            (void)sent(bench.supplicant);
+            bench.set.onLog([&](const sim::LogLine& line) {
+                if (line.text == "command: " + command + "\n") {
+                    EXPECT_CALLBACKS(bench.set, {});
+                    EXPECT_EQ(bench.hear({kResults}), 0);
+                    EXPECT_CALLBACKS(bench.set, {{sim::WIFISCANDONE, "mlan0"}});
+                    EXPECT_EQ(sent(bench.supplicant), Lines{"REMOVE_NETWORK ALL"}) << "the pick's own";
+                }
+            });
+            pick->picks(bench);
+            EXPECT_EQ(bench.link().isScanning, 0) << "the results came";
+        });
+        EXPECT_EQ(failed, 0) << command;
+    }
+}
+
 TEST(HiddenSearch, ThatBeginsInsideAJoinIsEndedByIt)
 {
-    const std::map<std::string, const Pick*> picks{
-        {"ADD_NETWORK", &kPicks[0]}, {"WPS_PBC any", &kPicks[1]}, {"WPS_PIN any 12345670", &kPicks[2]}};
-    for (const auto& [command, pick] : picks) {
+    for (const auto& [command, pick] : kCommands) {
+        if (pick->status == WPACTRL_STATUS_NONE) {
+            continue; // the search takes its place
+        }
         const int failed = sim::forkedRun([&] {
             Bench bench;
             bench.supplicant.replies["WPS_PIN any 12345670"] = {"12345670"};
