@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <atomic>
 #include <gtest/gtest.h>
-#include <map>
 #include <sched.h>
 
 // A person looks for a hidden network, and picks another one before the search has ended: what is being joined is
@@ -118,15 +117,19 @@ TEST(HiddenSearch, ThatAJoinOvertakesMarksNothing)
 
 namespace {
 /** A command of each pick, behind its removal of networks. */
-const std::map<std::string, const Pick*> kCommands{{"ADD_NETWORK", &kPicks[0]},
-                                                   {"WPS_PBC any", &kPicks[1]},
-                                                   {"WPS_PIN any 12345670", &kPicks[2]},
-                                                   {"WPS_PIN any", &kPicks[3]}};
+struct Sending {
+    std::string command;
+    const Pick& pick;
+};
+const Sending kSendings[] = {{"ADD_NETWORK", kPicks[0]},
+                             {"WPS_PBC any", kPicks[1]},
+                             {"WPS_PIN any 12345670", kPicks[2]},
+                             {"WPS_PIN any", kPicks[3]}};
 } // namespace
 
 TEST(HiddenSearch, IsEndedBeforeAPicksFirstCommands)
 {
-    for (const auto& [command, pick] : kCommands) {
+    for (const Sending& each : kSendings) {
         const int failed = sim::forkedRun([&] {
             Bench bench;
             bench.supplicant.replies["WPS_PIN any"] = {"12345670"};
@@ -134,24 +137,24 @@ TEST(HiddenSearch, IsEndedBeforeAPicksFirstCommands)
             ASSERT_EQ(int_Movo_Net_Wpactrl_SearchHideEss(&bench.iface, "Hidden"), 0);
             (void)sent(bench.supplicant);
             bench.set.onLog([&](const sim::LogLine& line) {
-                if (line.text == "command: " + command + "\n") {
+                if (line.text == "command: " + each.command + "\n") {
                     EXPECT_CALLBACKS(bench.set, {});
                     EXPECT_EQ(bench.hear({kResults}), 0);
                     EXPECT_CALLBACKS(bench.set, {{sim::WIFISCANDONE, "mlan0"}});
                     EXPECT_EQ(sent(bench.supplicant), Lines{"REMOVE_NETWORK ALL"}) << "the pick's own";
                 }
             });
-            pick->picks(bench);
+            each.pick.picks(bench);
             EXPECT_EQ(bench.link().isScanning, 0) << "the results came";
         });
-        EXPECT_EQ(failed, 0) << command;
+        EXPECT_EQ(failed, 0) << each.command;
     }
 }
 
 TEST(HiddenSearch, ThatBeginsInsideAJoinIsEndedByIt)
 {
-    for (const auto& [command, pick] : kCommands) {
-        if (pick->status == WPACTRL_STATUS_NONE) {
+    for (const Sending& each : kSendings) {
+        if (each.pick.status == WPACTRL_STATUS_NONE) {
             continue; // the search takes its place
         }
         const int failed = sim::forkedRun([&] {
@@ -160,12 +163,12 @@ TEST(HiddenSearch, ThatBeginsInsideAJoinIsEndedByIt)
             bool searched = false;
             bench.set.onLog([&](const sim::LogLine& line) {
                 // The join's command is on its way: another thread's search begins and is taken.
-                if (line.text == "command: " + command + "\n" && !std::exchange(searched, true)) {
+                if (line.text == "command: " + each.command + "\n" && !std::exchange(searched, true)) {
                     EXPECT_EQ(int_Movo_Net_Wpactrl_SearchHideEss(&bench.iface, "Hidden"), 0);
                     EXPECT_EQ(bench.link().isSearchingHideEss, 1);
                 }
             });
-            pick->picks(bench);
+            each.pick.picks(bench);
             EXPECT_TRUE(searched);
             EXPECT_EQ(bench.link().isSearchingHideEss, 0);
             (void)sent(bench.supplicant);
@@ -174,7 +177,7 @@ TEST(HiddenSearch, ThatBeginsInsideAJoinIsEndedByIt)
             EXPECT_EQ(bench.link().connectStatus, WPACTRL_STATUS_CONNECTING);
             EXPECT_CALLBACKS(bench.set, {{sim::WIFISCANDONE, "mlan0"}});
         });
-        EXPECT_EQ(failed, 0) << command;
+        EXPECT_EQ(failed, 0) << each.command;
     }
 }
 
