@@ -1,3 +1,4 @@
+#include "movo_net_fl_eventloop/eventloop.h"
 #include "movo_net_fl_wifi/wifi.h"
 #include "movo_net_fl_wpactrl/connect.h"
 #include "support/log.h"
@@ -20,6 +21,7 @@ RETURN_TYPE restartScan(MovoNetIface_t* pIface, Wpactrl_t* w, CallSite at)
         }
         return result;
     }
+    const LoopGate gate; // the report of an earlier scan's time-out, which clears the marks, comes to its end first
     const RETURN_TYPE result = Wpactrl_Add_ScanEvent(w, kScanTicks);
     if (result != kOk) {
         NET_LOG_AT(at, KEST_LEVEL_ERROR, "add scan time out event failed\n");

@@ -1,5 +1,8 @@
 #include "bench.h"
 
+#include "movo_net_fl_eventloop/eventloop.h"
+#include "support/shared.h"
+
 #include <algorithm>
 #include <atomic>
 #include <gtest/gtest.h>
@@ -226,4 +229,41 @@ TEST(HiddenSearch, ThatTimesOutTakesNoNetworkThatAJoinHasAdded)
     EXPECT_TRUE(begun);
     EXPECT_EQ(bench.link().connectStatus, WPACTRL_STATUS_CONNECTING);
     EXPECT_EQ(bench.link().isSearchingHideEss, 0);
+}
+
+/** The time-out of an earlier scan is reported while another thread's search is half way. */
+TEST(HiddenSearch, DuringTheReportOfATimeOutIsReportedToo)
+{
+    Bench bench;
+    ASSERT_EQ(int_Movo_Net_Wpactrl_Scan(&bench.iface), 0);
+    std::atomic<bool> halfWay = false;
+    std::atomic<bool> reported = false;
+    bench.set.onLog([&](const sim::LogLine& line) {
+        if (line.text == "command: ADD_NETWORK\n") {
+            halfWay = true;
+            while (!reported) {
+                (void)sched_yield();
+            }
+        }
+    });
+    bench.set.onCallback([&](MovoNetCBReason_e, void*) {
+        reported = true;
+        for (int yields = 0; get(bench.link().isSearchingHideEss) == 0 && yields < 1000; ++yields) {
+            (void)sched_yield(); // it goes as far as it can
+        }
+    });
+    bench.set.background([&bench] { EXPECT_EQ(int_Movo_Net_Wpactrl_SearchHideEss(&bench.iface, "Hidden"), 0); });
+    while (!halfWay) {
+        (void)sched_yield();
+    }
+    {
+        const LoopGate gate; // handlers run with the loop's lock held
+        EXPECT_EQ(OnScanTimeoutEventRev(-1, &bench.iface, kTrue), 0);
+    }
+    bench.set.joinBackground();
+    EXPECT_CALLBACKS(bench.set, {{sim::WIFISCANDONE, "mlan0"}});
+    (void)sent(bench.supplicant);
+    EXPECT_EQ(bench.hear({kResults}), 0);
+    EXPECT_EQ(sent(bench.supplicant), Lines{"REMOVE_NETWORK ALL"});
+    EXPECT_CALLBACKS(bench.set, {{sim::WIFISCANDONE, "mlan0"}});
 }
