@@ -232,6 +232,7 @@ Drain checkScanEnd(Link& link, std::string_view message)
         return Drain::GoOn;
     }
     removeTimer(w.scanTimerEventHandle);
+    set(w.scanEnds, get(w.scanEnds) + 1); // before: a scan marks itself and then looks
     set(w.isScanning, kFalse);
     if (get(w.isSearchingHideEss)) {
         removeSearched(link);

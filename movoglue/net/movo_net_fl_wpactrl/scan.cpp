@@ -134,13 +134,16 @@ RETURN_TYPE int_Movo_Net_Wpactrl_Scan(MovoNetIface_t* pIface)
     Wpactrl_t* w = wpactrl_iface(pIface);
     const std::int32_t timer = get(w->scanTimerEventHandle);
     const kest_bool wasScanning = take(w->isScanning, kTrue); // its results may be faster than the reply
+    const std::uint32_t ends = get(w->scanEnds);
     if (const RETURN_TYPE result = Wpactrl_ExecCmd(w, "SCAN"); result != kOk) {
         NET_ERROR("[SCAN] failed\n");
         takeBackScan(*w, wasScanning, timer);
         return result;
     }
     const LoopGate gate; // the results are read before this, and reported, or after the time-out is armed
-    if (!get(w->isScanning)) {
+    // Not isScanning: a scan that was refused may have cleared it, or the report of an earlier one's time-out.
+    // While an earlier scan ran the results were that one's, and nothing of this one was missed.
+    if (!wasScanning && get(w->scanEnds) != ends) {
         return kOk;
     }
     const RETURN_TYPE result = Wpactrl_Add_ScanEvent(w, kScanTicks);

@@ -99,6 +99,8 @@ RETURN_TYPE Wpactrl_Add_ConnectEvent(Wpactrl_t* w, int timeout)
     if (result != kOk) {
         return result;
     }
+    set(w->attempts, get(w->attempts) + 1);
+    endHiddenSearch(*w); // one that has begun since the networks were removed
     set(w->connectStatus, WPACTRL_STATUS_CONNECTING);
     set(w->handshake_fail_count, 0);
     set(w->disconnect_count, 0);

@@ -1,6 +1,7 @@
 #include "bench.h"
 #include "names.h"
 
+#include <atomic>
 #include <gtest/gtest.h>
 #include <sched.h>
 
@@ -82,4 +83,29 @@ TEST(ResultFile, IsNotEmptiedByAnotherUpdateBeforeItIsRead)
     ASSERT_EQ(bench.wifi().esss_num, 1);
     EXPECT_STREQ(bench.wifi().esss[0].essid, "Net");
     EXPECT_CALLBACKS(bench.set, {{sim::WIFIESSSUPDATED, "mlan0"}});
+}
+
+TEST(ResultFile, IsNotEmptiedBetweenItsWritingAndItsReading)
+{
+    Bench bench;
+    bench.supplicant.replies["SCAN_RESULTS"] = {kTable};
+    bench.set.write(kFile, "");
+    std::atomic<bool> begun = false;
+    bench.set.onLog([&](const sim::LogLine& line) { begun = begun || line.text == "reply: " + kTable + "\n"; });
+    bench.set.fail({.call = sim::Call::Write, .on = kFile, .nth = 2, .error = ENOSPC});
+    bench.set.fail({.call = sim::Call::Open, .on = kFile, .nth = 2, .does = [&] { // the first update's second look
+                        begun = false;
+                        bench.set.background([&] { EXPECT_EQ(int_Movo_Net_Wpactrl_ScanResult(&bench.iface), 1); });
+                        for (int yields = 0; !begun || yields < 1000; ++yields) {
+                            (void)sched_yield(); // the other one goes as far as it can
+                        }
+                        EXPECT_EQ(bench.set.read(kFile), kTable);
+                    }});
+    {
+        const sim::CapturedOutput output;
+        EXPECT_EQ(int_Movo_Net_Wpactrl_ScanResult(&bench.iface), 0);
+        bench.set.joinBackground();
+    }
+    EXPECT_EQ(bench.wifi().esss_num, 1);
+    EXPECT_EQ(bench.set.read(kFile), "");
 }
