@@ -89,17 +89,17 @@ TEST(ResultFile, IsNotEmptiedBetweenItsWritingAndItsReading)
 {
     Bench bench;
     bench.supplicant.replies["SCAN_RESULTS"] = {kTable};
-    bench.set.write(kFile, "");
+    bench.set.write(kScanFile, "");
     std::atomic<bool> begun = false;
     bench.set.onLog([&](const sim::LogLine& line) { begun = begun || line.text == "reply: " + kTable + "\n"; });
-    bench.set.fail({.call = sim::Call::Write, .on = kFile, .nth = 2, .error = ENOSPC});
-    bench.set.fail({.call = sim::Call::Open, .on = kFile, .nth = 2, .does = [&] { // the first update's second look
+    bench.set.fail({.call = sim::Call::Write, .on = kScanFile, .nth = 2, .error = ENOSPC});
+    bench.set.fail({.call = sim::Call::Open, .on = kScanFile, .nth = 2, .does = [&] { // the first update's second look
                         begun = false;
                         bench.set.background([&] { EXPECT_EQ(int_Movo_Net_Wpactrl_ScanResult(&bench.iface), 1); });
                         for (int yields = 0; !begun || yields < 1000; ++yields) {
                             (void)sched_yield(); // the other one goes as far as it can
                         }
-                        EXPECT_EQ(bench.set.read(kFile), kTable);
+                        EXPECT_EQ(bench.set.read(kScanFile), kTable);
                     }});
     {
         const sim::CapturedOutput output;
@@ -107,5 +107,5 @@ TEST(ResultFile, IsNotEmptiedBetweenItsWritingAndItsReading)
         bench.set.joinBackground();
     }
     EXPECT_EQ(bench.wifi().esss_num, 1);
-    EXPECT_EQ(bench.set.read(kFile), "");
+    EXPECT_EQ(bench.set.read(kScanFile), "");
 }
