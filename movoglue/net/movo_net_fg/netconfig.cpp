@@ -135,6 +135,7 @@ Records<kMostSaved> copyInterfaces()
 bool writeRecords(int fd, const Records<kMostSaved>& records, CallSite at)
 {
     const UniqueFd file(fd);
+    const SlowWatch watch("fsync"); // each write waits for the disk, too
     const std::uint32_t value = records.check();
     std::array<std::uint8_t, kCheckSize> check;
     encodeCheck(value, check);

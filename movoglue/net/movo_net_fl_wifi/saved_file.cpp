@@ -3,6 +3,7 @@
 #include "support/command.h"
 #include "support/fd.h"
 #include "support/log.h"
+#include "support/slow.h"
 #include "support/text.h"
 #include "support/wiped.h"
 
@@ -53,6 +54,7 @@ bool writeMainFile(CallSite at)
         return false;
     }
     (void)fchmod(file.get(), kMode); // an older version's was everybody's to read
+    const SlowWatch watch("fsync");
     writeRecords(file.get(), at);
     (void)fsync(file.get());
     return true;

@@ -152,4 +152,16 @@ TEST_F(SlowCommand, MayBeTheWaitForTheDisks)
     EXPECT_EQ(SaveNetConfig(), 0);
     EXPECT_EQ(named(), (Texts{"still waiting after 5 s for: sync\n"}));
 }
+
+TEST_F(SlowCommand, MayBeTheSettingsOnTheirWayToTheDisk)
+{
+    set.cable("eth0").plug();
+    ASSERT_EQ(set.start(), 0);
+    for (const sim::Call call : {sim::Call::Write, sim::Call::Fsync}) { // each waits for the disk
+        set.forget();
+        set.fail({.call = call, .on = "/data/", .nth = 1, .does = [&] { set.spend(kTooLateMs); }});
+        EXPECT_EQ(SaveNetConfig(), 0);
+        EXPECT_EQ(named(), (Texts{"still waiting after 5 s for: fsync\n"}));
+    }
+}
 } // namespace

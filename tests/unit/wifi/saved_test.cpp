@@ -45,6 +45,14 @@ void save(const std::string& name, const std::string& key = "", std::int64_t bss
 }
 } // namespace
 
+TEST(SavedRecord, ThatTheDiskHoldsBackIsWaitedForAloud)
+{
+    Store store;
+    store.set.fail({.call = sim::Call::Fsync, .on = kFile, .nth = 1, .does = [&] { store.set.spend(5000); }});
+    save("Net");
+    EXPECT_LOGGED(store.set, KEST_LEVEL_ERROR, "movo_net_fl_common", "logSlow", "still waiting after 5 s for: fsync\n");
+}
+
 TEST(SavedRecord, HasItsFieldsAtTheirPlacesAndZerosBetween)
 {
     Store store;
