@@ -25,7 +25,7 @@ bool readBoardLine(char (&line)[kLineSize])
 {
     const SlowWatch watch("bdconf -p");
     // Deliberate: the stream is never closed, closing would wait for the command.
-    std::FILE* board = popen("bdconf -p", "re"); // NOLINT(cert-env33-c): the set's tools are commands by contract
+    std::FILE* board = readShell("bdconf -p");
     if (board == nullptr) {
         return false;
     }

@@ -1,5 +1,6 @@
 #include "movo_net_fl_hostap/hostap.h"
 #include "movo_net_fl_hostap/ifc.h"
+#include "support/command.h"
 #include "support/fd.h"
 #include "support/ifreq.h"
 #include "support/log.h"
@@ -32,7 +33,7 @@ constexpr std::size_t kNameRoom = 32;
 bool SoftAP_getprop(char (&name)[kNameRoom])
 {
     const SlowWatch watch("getprop persist.device_name");
-    std::FILE* output = popen("getprop persist.device_name", "re"); // NOLINT(cert-env33-c): a tool of the set
+    std::FILE* output = readShell("getprop persist.device_name");
     if (output == nullptr) {
         NET_ERROR("HOSTAP:popen failure !\n");
         return false;

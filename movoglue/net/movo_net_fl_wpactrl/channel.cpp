@@ -1,5 +1,6 @@
 #include "movo_net_fl_wpactrl/channel.h"
 
+#include "support/command.h"
 #include "support/log.h"
 #include "support/shared.h"
 #include "support/text.h"
@@ -23,7 +24,7 @@ constexpr int kLibraryTimeout = -2;
 
 /**
  * Held for one exchange with the client library, for opening and for closing: two requests at once would take each
- * other's reply, and the library counts its sockets without a lock. Nothing is taken while it is held.
+ * other's reply, and the library counts its sockets without a lock. While it is held only launchLock is taken.
  */
 Mutex s_requestLock{Mutex::Kind::Plain};
 
@@ -34,6 +35,7 @@ using SocketPath = FixedText<328>;
 wpa_ctrl* openConnection(const SocketPath& path)
 {
     const ScopedLock lock(s_requestLock);
+    const NoLaunch untilClosedOnExec; // the library opens a socket that programs inherit
     wpa_ctrl* connection = wpa_ctrl_open(path.c_str());
     if (connection == nullptr) {
         return nullptr;
