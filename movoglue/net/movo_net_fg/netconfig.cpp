@@ -177,7 +177,7 @@ RETURN_TYPE LoadNetConfig(void)
         return kFail;
     }
     MovoNetIface_t* old = firstInterface();
-    set(s_pInterfaces, list);
+    store(s_pInterfaces, list);
     retireAll(old);
     return kOk;
 }

@@ -1,9 +1,9 @@
 #include "movo_net_fl_ether/board_mac.h"
 
 #include "movo_net_fl_ether/ether.h"
+#include "support/atomic.h"
 #include "support/command.h"
 #include "support/log.h"
-#include "support/shared.h"
 #include "support/slow.h"
 #include "support/text.h"
 
@@ -108,7 +108,7 @@ void programBoardMac(MovoNetIface_t& iface, CallSite at)
         return;
     }
     (void)std::printf("MAC %s len %d\n", reinterpret_cast<const char*>(mac), count);
-    if (get(g_NetworkLinkType) != 0) {
+    if (load(g_NetworkLinkType) != 0) {
         return;
     }
     if (!whole) {

@@ -1,8 +1,8 @@
 #include "movo_net_fl_eventloop/eventloop.h"
 #include "movo_net_fl_wifi/wifi.h"
 #include "movo_net_fl_wpactrl/connect.h"
+#include "support/atomic.h"
 #include "support/log.h"
-#include "support/shared.h"
 
 using namespace movonet;
 
@@ -38,8 +38,8 @@ RETURN_TYPE markSearch(Wpactrl_t& w, std::uint32_t attempts, CallSite at)
         return kFail;
     }
     // Without a join a retry of a lost lease has made CONNECTING: it tries the searched network, which must go.
-    const bool overtaken = get(w.attempts) != attempts && get(w.connectStatus) != WPACTRL_STATUS_NONE;
-    set(w.isSearchingHideEss, overtaken ? kFalse : kTrue);
+    const bool overtaken = load(w.attempts) != attempts && load(w.connectStatus) != WPACTRL_STATUS_NONE;
+    store(w.isSearchingHideEss, overtaken ? kFalse : kTrue);
     return kOk;
 }
 
@@ -56,7 +56,7 @@ RETURN_TYPE sendProbeNetwork(Wpactrl_t* w, int id, const char* ssid, CallSite at
 
 void movonet::endHiddenSearch(Wpactrl_t& w)
 {
-    set(w.isSearchingHideEss, kFalse);
+    store(w.isSearchingHideEss, kFalse);
 }
 
 RETURN_TYPE int_Movo_Net_Wpactrl_SearchHideEss(MovoNetIface_t* pIface, const char* ssid)
@@ -69,7 +69,7 @@ RETURN_TYPE int_Movo_Net_Wpactrl_SearchHideEss(MovoNetIface_t* pIface, const cha
         return kBadArgument;
     }
     Wpactrl_t* w = wpactrl_iface(pIface);
-    const std::uint32_t attempts = get(w->attempts);
+    const std::uint32_t attempts = load(w->attempts);
     if (int_Movo_Net_Wpactrl_RemoveNetwork(pIface) != kOk) {
         NET_INFO("[REMOVE_NETWORK] failed\n");
     }

@@ -2,7 +2,7 @@
 
 #include "movo_net_fg/fg.h"
 #include "movo_net_fl_eventloop/eventloop.h"
-#include "support/shared.h"
+#include "support/atomic.h"
 
 #include <csignal>
 #include <sched.h>
@@ -142,7 +142,7 @@ TEST(IfDown, MakesAnActivationWaitForItsEnd)
     bench.set.fail({.call = sim::Call::Sleep, .nth = 1, .does = [&] { // the client ends
                         bench.set.background([&bench] { EXPECT_EQ(ifup(&bench.iface), 0); });
                         goesAsFarAsItCan(underWay);
-                        EXPECT_EQ(movonet::get(bench.iface.isActived), 0);
+                        EXPECT_EQ(movonet::load(bench.iface.isActived), 0);
                     }});
     EXPECT_EQ(ifdown(&bench.iface), 0);
     bench.set.joinBackground();
@@ -173,7 +173,7 @@ protected:
 TEST_P(IfDownDuringALease, LeavesNoneOfIt)
 {
     bench.set.background([this] { EXPECT_EQ(ifdown(&bench.iface), 0); });
-    while (movonet::get(bench.iface.isActived) != 0) {
+    while (movonet::load(bench.iface.isActived) != 0) {
         (void)sched_yield();
     }
     for (int yields = 0; yields < 1000 && bench.set.liveThreads() > 1; ++yields) {
@@ -201,14 +201,14 @@ TEST_P(IfDownDuringALease, ComesAfterItsLastStep)
     {
         const movonet::LoopGate handler;
         bench.set.background([this] { EXPECT_EQ(ifdown(&bench.iface), 0); });
-        while (movonet::get(bench.iface.isActived) != 0) {
+        while (movonet::load(bench.iface.isActived) != 0) {
             (void)sched_yield();
         }
         for (int yields = 0; yields < 1000; ++yields) {
             (void)sched_yield(); // it goes as far as it can
         }
-        movonet::set(bench.iface.isConnected, movonet::kTrue);
-        movonet::set(bench.iface.ipv4, 1U);
+        movonet::store(bench.iface.isConnected, movonet::kTrue);
+        movonet::store(bench.iface.ipv4, 1U);
     }
     bench.set.joinBackground();
     EXPECT_EQ(bench.iface.isConnected, 0);

@@ -1,7 +1,7 @@
 #include "bench.h"
 
 #include "movo_net_fl_eventloop/eventloop.h"
-#include "support/shared.h"
+#include "support/atomic.h"
 
 #include <csignal>
 #include <sched.h>

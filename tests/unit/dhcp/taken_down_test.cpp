@@ -176,7 +176,7 @@ TEST_F(TakenDown, AndBroughtUpAgainIsUp)
     std::atomic<bool> underWay{false};
     bench.set.onCommand("netcfg eth0 up").does([&] { underWay = true; });
     bench.set.onLog([&](const sim::LogLine& line) {
-        if (!line.text.starts_with("ShutdownDhcpcd, pIface") || get(bench.iface.isActived) || begun.exchange(true)) {
+        if (!line.text.starts_with("ShutdownDhcpcd, pIface") || load(bench.iface.isActived) || begun.exchange(true)) {
             return;
         }
         bench.set.background([this] { EXPECT_EQ(int_Movo_Net_Active(&bench.iface, kTrue), 0); });

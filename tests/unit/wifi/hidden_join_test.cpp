@@ -1,7 +1,7 @@
 #include "bench.h"
 
 #include "movo_net_fl_eventloop/eventloop.h"
-#include "support/shared.h"
+#include "support/atomic.h"
 
 #include <algorithm>
 #include <atomic>
@@ -249,7 +249,7 @@ TEST(HiddenSearch, DuringTheReportOfATimeOutIsReportedToo)
     });
     bench.set.onCallback([&](MovoNetCBReason_e, void*) {
         reported = true;
-        for (int yields = 0; get(bench.link().isSearchingHideEss) == 0 && yields < 1000; ++yields) {
+        for (int yields = 0; load(bench.link().isSearchingHideEss) == 0 && yields < 1000; ++yields) {
             (void)sched_yield(); // it goes as far as it can
         }
     });

@@ -4,7 +4,7 @@
 #include "movo_net_fl_common/dhcp.h"
 #include "movo_net_fl_eventloop/eventloop.h"
 #include "sim/world.h"
-#include "support/shared.h"
+#include "support/atomic.h"
 
 #include <fstream>
 #include <gtest/gtest.h>

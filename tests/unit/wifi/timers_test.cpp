@@ -2,7 +2,7 @@
 
 #include "movo_net_fl_eventloop/eventloop.h"
 #include "names.h"
-#include "support/shared.h"
+#include "support/atomic.h"
 
 #include <atomic>
 #include <gtest/gtest.h>
@@ -249,7 +249,7 @@ TEST(RemoveNetwork, DuringALeaseLeavesNoneOfIt)
         for (int yields = 0; yields < 1000 && bench.set.liveThreads() > 1; ++yields) {
             (void)sched_yield(); // it goes as far as it can
         }
-        movonet::set(bench.iface.isConnected, kTrue);
+        movonet::store(bench.iface.isConnected, kTrue);
     }
     bench.set.joinBackground();
     EXPECT_EQ(bench.iface.isConnected, 0);

@@ -1,5 +1,5 @@
 #include "names.h"
-#include "support/shared.h"
+#include "support/atomic.h"
 #include "television.h"
 
 #include <algorithm>
@@ -251,7 +251,7 @@ TEST(Transcript, OfHiddenNetworksThatAreFoundOrNot)
 {
     Television television;
     television.startWith({});
-    set(wifi_iface(&television.mlan0())->devType, _MOVO_NET_WIFI_BRCM_43242_); // it cannot cancel scans
+    store(wifi_iface(&television.mlan0())->devType, _MOVO_NET_WIFI_BRCM_43242_); // it cannot cancel scans
     const std::vector<Line> lines = linesOf("hidden_search.txt");
     int search = 0;
     for (const char* name : {"HiddenEmpty", "HiddenZeros", "NoSuchNet"}) {

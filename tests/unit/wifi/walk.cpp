@@ -36,8 +36,8 @@ std::string addressText(std::uint32_t address)
 
 bool isConnected(const MovoNetIface_t& iface)
 {
-    return get(iface.isConnected) && iface.type != _MOVO_NET_IFACE_LO_ &&
-           get(iface.ipStatus) != _MOVO_NET_IPSTATUS_DHCP_AUTOIP_;
+    return load(iface.isConnected) && iface.type != _MOVO_NET_IFACE_LO_ &&
+           load(iface.ipStatus) != _MOVO_NET_IPSTATUS_DHCP_AUTOIP_;
 }
 
 /**
@@ -48,26 +48,26 @@ bool isConnected(const MovoNetIface_t& iface)
 const MovoNetIface_t* bestConnected(Television& television)
 {
     const MovoNetIface_t* best = highestPriority(isConnected);
-    if (best == nullptr || get(best->gwv4) == 0 || !get(best->isActived)) {
+    if (best == nullptr || load(best->gwv4) == 0 || !load(best->isActived)) {
         return nullptr;
     }
     const sim::Iface kernel = television.set.iface(best->name);
-    return kernel.up() && kernel.address() == addressText(get(best->ipv4)) ? best : nullptr;
+    return kernel.up() && kernel.address() == addressText(load(best->ipv4)) ? best : nullptr;
 }
 
 // Each tells what does not hold; empty when it does.
 
 std::string state(Television& television)
 {
-    const WpactrlConnectStatus_e status = get(television.link().connectStatus);
+    const WpactrlConnectStatus_e status = load(television.link().connectStatus);
     const bool agrees = television.supplicant.attempts.agreesWith(status);
     return agrees ? "" : "the state " + std::to_string(status) + " is not what the commands and callbacks make of it";
 }
 
 std::string activation(Television& television)
 {
-    const bool active = get(television.mlan0().isActived) != kFalse;
-    return active && get(television.link().ctrl_conn) == nullptr ? "it is active without its supplicant" : "";
+    const bool active = load(television.mlan0().isActived) != kFalse;
+    return active && load(television.link().ctrl_conn) == nullptr ? "it is active without its supplicant" : "";
 }
 
 std::string timers(Television& /*television*/)
@@ -86,7 +86,7 @@ std::string route(Television& television)
     if (best == nullptr) {
         return "";
     }
-    const std::string wanted = addressText(get(best->gwv4)) + " dev " + best->name;
+    const std::string wanted = addressText(load(best->gwv4)) + " dev " + best->name;
     const Lines routes = television.set.defaultRoutes();
     return routes == Lines{wanted} ? "" : "the default route is not " + wanted;
 }
@@ -97,7 +97,7 @@ std::string resolver(Television& television)
     if (best == nullptr) {
         return "";
     }
-    const std::string wanted = "nameserver " + addressText(get(best->dns1v4)) + "\n";
+    const std::string wanted = "nameserver " + addressText(load(best->dns1v4)) + "\n";
     const bool found = television.set.read("/etc/resolv.conf").starts_with(wanted);
     return found ? "" : "the resolver does not begin with " + wanted;
 }
@@ -115,7 +115,7 @@ Ifaces revived()
 {
     Ifaces ifaces;
     for (const MovoNetIface_t* iface = firstInterface(); iface != nullptr; iface = nextInterface(iface)) {
-        if (get(iface->isConnected) && !get(iface->isActived)) {
+        if (load(iface->isConnected) && !load(iface->isActived)) {
             ifaces.push_back(iface);
         }
     }
@@ -124,7 +124,7 @@ Ifaces revived()
 
 bool isRemoved(const MovoNetIface_t* iface)
 {
-    return !get(iface->isConnected) && !get(iface->isActived) && !get(iface->isAvailable);
+    return !load(iface->isConnected) && !load(iface->isActived) && !load(iface->isAvailable);
 }
 
 std::string locks(Television& television)

@@ -1,7 +1,7 @@
 #include "names.h"
 #include "walk.h"
 
-#include "support/shared.h"
+#include "support/atomic.h"
 
 #include <algorithm>
 #include <arpa/inet.h>
@@ -97,7 +97,7 @@ void dhcp(Television& television, int number)
     const char* ifname = number % 2 == 0 ? kIf : "eth0";
     const MovoNetIface_t* iface = FindInterface(ifname);
     sim::DhcpClient client = television.set.dhcp(ifname);
-    if (iface == nullptr || get(iface->dhcpcfd) < 0 || !client.running()) {
+    if (iface == nullptr || load(iface->dhcpcfd) < 0 || !client.running()) {
         return;
     }
     if (number < 4) {
