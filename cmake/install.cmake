@@ -52,6 +52,8 @@ install(PROGRAMS tools/movo_net_fake_supplicant/movo_net_fake_supplicant
     DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
 install(FILES tools/movo_net_fake_supplicant/home.script
     DESTINATION ${CMAKE_INSTALL_DATADIR}/movo_net COMPONENT tools)
+install(DIRECTORY tools/movo_net_fake_supplicant/fake_supplicant
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/movo_net COMPONENT tools FILES_MATCHING PATTERN *.py)
 install(FILES man/movo_net_shell.1 man/movo_net_fake_supplicant.1
     DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
 

@@ -7,30 +7,15 @@ import subprocess
 import time
 
 import pytest
-from installing import NAMESPACES
-
-HANG_SECONDS = 600    # only ends a test that hangs
+from installing import HANG_SECONDS, callbacks
 
 
 @pytest.fixture
-def fake(prefix, tmp_path):
+def fake(inside, shell):
     """Plays a script of the shell in a world of its own; returns status and output."""
-    if subprocess.run([*NAMESPACES, "true"], capture_output=True).returncode:
-        pytest.skip("no namespaces for users here")
-
     def play(script, *options):
-        path = tmp_path / "script"
-        path.write_text(script)
-        with path.open() as lines:
-            played = subprocess.run(
-                [prefix / "bin/movo_net_fake_supplicant", *options, "--run", prefix / "bin/movo_net_shell"],
-                stdin=lines, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True, timeout=HANG_SECONDS)
-        return played.returncode, played.stdout
+        return inside("sh", "-c", f"exec {shell(script)}", options=options)[:2]
     return play
-
-
-def callbacks(output):
-    return re.findall(r"^callback [0-9.]+ (\w+) mlan0$", output, re.M)
 
 
 def test_a_network_is_found_and_joined(fake):
