@@ -50,7 +50,7 @@ install(FILES man/recovery_net.8 DESTINATION ${CMAKE_INSTALL_MANDIR}/man8 COMPON
 install(TARGETS movo_net_shell COMPONENT tools)
 install(PROGRAMS tools/movo_net_fake_supplicant/movo_net_fake_supplicant
     DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
-install(FILES tools/movo_net_fake_supplicant/home.script
+install(FILES tools/movo_net_fake_supplicant/home.script tools/movo_net_fake_supplicant/vanishing.script
     DESTINATION ${CMAKE_INSTALL_DATADIR}/movo_net COMPONENT tools)
 install(DIRECTORY tools/movo_net_fake_supplicant/fake_supplicant
     DESTINATION ${CMAKE_INSTALL_DATADIR}/movo_net COMPONENT tools FILES_MATCHING PATTERN *.py)

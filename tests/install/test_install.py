@@ -38,7 +38,7 @@ def test_every_file_is_there(prefix, libraries):
     for name in ("bin/recovery_net", "bin/movo_net_shell", "bin/movo_net_fake_supplicant"):
         assert os.access(prefix / name, os.X_OK), name
     for name in ("share/man/man8/recovery_net.8", "share/man/man1/movo_net_shell.1",
-                 "share/man/man1/movo_net_fake_supplicant.1", "share/movo_net/home.script",
+                 "share/man/man1/movo_net_fake_supplicant.1", "share/movo_net/home.script", "share/movo_net/vanishing.script",
                  "share/movo_net/fake_supplicant/world.py", "lib/systemd/system/recovery_net.service"):
         assert (prefix / name).is_file(), name
 

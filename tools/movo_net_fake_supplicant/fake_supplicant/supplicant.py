@@ -5,10 +5,13 @@ import select
 import socket
 import time
 
+from fake_supplicant.air import Air
+
 
 class Supplicant:
     def __init__(self, script, path):
         self.script = script
+        self.air = Air(script.points, self.after, self.say) if script.points else None
         self.state = ""
         self.attached = []
         self.due = []    # (when, function)
@@ -37,9 +40,19 @@ class Supplicant:
             self.attached.append(client)
         elif command == "DETACH":
             self.attached = [other for other in self.attached if other != client]
-        (_, reply), *steps = self.script.steps(self.state, command)
-        self.send(reply, client)
-        self.perform(steps)
+        steps = self.script.steps(self.state, command)
+        if steps is None:
+            self.send(self.answer_without_rule(command), client)
+        else:
+            self.send(steps[0][1], client)
+            self.perform(steps[1:])
+
+    def answer_without_rule(self, command):
+        """What the access points have to do with, when there are any; OK to everything else."""
+        if self.air and command == "TERMINATE":
+            self.ended = True
+        reply = self.air.answer(command) if self.air else None
+        return "OK\n" if reply is None else reply
 
     def perform(self, steps):
         for number, (word, text) in enumerate(steps):
