@@ -14,6 +14,7 @@ import tempfile
 import time
 
 MS_BIND = 0x1000
+MS_REC = 0x4000
 PR_SET_CHILD_SUBREAPER = 36
 PATIENCE_SECONDS = 2    # from the request to end to the end by force
 PROGRAM = pathlib.Path(sys.argv[0]).resolve()
@@ -53,8 +54,14 @@ WITHIN = {    # programs of the computer, but for what the glue asks of them, wh
 }
 
 
-def run(*command):
-    subprocess.run(command, check=True)
+def mount(kind, source, place, flags):
+    if LIBC.mount(os.fsencode(source), os.fsencode(place), kind, flags, None) != 0:
+        error = ctypes.get_errno()
+        raise OSError(error, os.strerror(error), str(place))
+
+
+def bind(source, place):
+    mount(None, source, place, MS_BIND | MS_REC)
 
 
 def show_folders(source, root, but=()):
@@ -67,12 +74,12 @@ def show_folders(source, root, but=()):
             place.symlink_to(os.readlink(entry))
         elif entry.is_dir() and os.access(entry, os.X_OK):
             place.mkdir()
-            run("mount", "--rbind", entry, place)
+            bind(entry, place)
 
 
 def make_root(root):
     """The computer's own folders with /data, /system and /dev/socket beside them; /tmp and /run without their files."""
-    run("mount", "-t", "tmpfs", "root", root)
+    mount(b"tmpfs", "root", root, 0)
     show_folders(pathlib.Path("/"), root, [pathlib.Path("/", name) for name in OWN])
     for folder in ("data/tv/save", "data/misc", "dev/socket", "etc", "run", "system/bin", "tmp"):
         (root / folder).mkdir(parents=True)
@@ -92,7 +99,7 @@ def make_root(root):
             place.touch()
         else:
             continue
-        run("mount", "--rbind", device, place)
+        bind(device, place)
     (root / "dev/fd").symlink_to("/proc/self/fd")
 
 
@@ -117,10 +124,7 @@ def make_tables():
     (TABLES / "wireless").write_text("Inter-| sta-|\n face | tus |\n mlan0: 0000    0     0     0\n")
     (TABLES / "link").symlink_to(TABLES)
     link, place = (os.open(path, os.O_PATH | os.O_NOFOLLOW) for path in (TABLES / "link", "/proc/net"))
-    paths = (f"/proc/self/fd/{descriptor}".encode() for descriptor in (link, place))
-    if LIBC.mount(*paths, None, MS_BIND, None) != 0:
-        error = ctypes.get_errno()
-        raise OSError(error, os.strerror(error), "/proc/net")
+    bind(f"/proc/self/fd/{link}", f"/proc/self/fd/{place}")
 
 
 def make_tools():
@@ -140,7 +144,7 @@ def start_supplicant():
     """As the glue starts the next one: by a short command, since it cuts long ones."""
     (SOCKETS / "wpa_mlan0").symlink_to("mlan0")
     os.environ.update(CHIP, BROADCOM_SUPPLICANT_STR_43569="wpa_supplicant")
-    run("wpa_supplicant")
+    subprocess.run(["wpa_supplicant"], check=True)
 
 
 def enter_world(root, script, program):
