@@ -45,7 +45,7 @@ def test_it_is_ended_and_started_as_the_real_one(fake):
     assert callbacks(output).count("WIFISCANDONE") == 3
 
 
-def test_nothing_of_the_computer_is_touched(fake):
+def test_nothing_of_the_computer_is_touched(fake, prefix):
     resolver = pathlib.Path("/etc/resolv.conf").read_bytes()
     interfaces = pathlib.Path("/proc/net/dev").read_text().count(":")
     status, output = fake("expect IFFOUND mlan0 20\nwifi scan\nexpect WIFISCANDONE 10\nwifi update\n"
@@ -53,7 +53,8 @@ def test_nothing_of_the_computer_is_touched(fake):
     assert status == 0, output
     assert pathlib.Path("/etc/resolv.conf").read_bytes() == resolver
     assert pathlib.Path("/proc/net/dev").read_text().count(":") == interfaces
-    assert subprocess.run(["pgrep", "-f", "fake_supplicant --background"], capture_output=True).stdout == b""
+    left = subprocess.run(["pgrep", "-f", f"{prefix}/bin/movo_net_fake_supplicant --background"], capture_output=True)
+    assert left.stdout == b""
 
 
 def test_it_speaks_from_another_script(prefix, tmp_path):

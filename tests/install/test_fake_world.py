@@ -60,7 +60,7 @@ def test_programs_of_pytest_are_in_the_world(inside, shell, tmp_path):
 
 @pytest.mark.parametrize("number", [signal.SIGTERM, signal.SIGHUP], ids=lambda number: number.name)
 @pytest.mark.parametrize("trap", ["", "trap '' TERM; "], ids=["polite", "stubborn"])
-def test_all_ends_when_somebody_wants_it(world, shell, tmp_path, trap, number):
+def test_all_ends_when_somebody_wants_it(world, prefix, shell, tmp_path, trap, number):
     script = FOUND + "wifi update\nwifi join Cafe\nexpect DHCP_SUCCESS mlan0 10\necho on\nexpect IFREMOVED mlan0 600\n"
     other = tmp_path / "other"
     other.write_text(f"{trap}while :; do sleep 1; done\n")
@@ -69,7 +69,7 @@ def test_all_ends_when_somebody_wants_it(world, shell, tmp_path, trap, number):
         assert line, "it ended"
     process.send_signal(number)
     assert process.wait(HANG_SECONDS) == 128 + number
-    for left in (str(other), f"{NAME} --background"):
+    for left in (str(other), f"{prefix}/bin/{NAME} --background"):
         assert subprocess.run(["pgrep", "-f", left], capture_output=True).stdout == b""
 
 
