@@ -146,3 +146,18 @@ def test_other_uses_of_the_same_commands_are_the_computers(inside, tmp_path):
                                            "cp words copy && cat copy")
     count, listed, own, *copied = output.splitlines()
     assert (status, count, listed, copied) == (0, "1", own, ["wpa_supplicant", "other"])
+
+
+# --- One host at a time ---
+
+def test_the_shell_and_the_daemon_are_not_hosts_at_a_time(inside, prefix, shell):
+    status, output, errors = inside("sh", "-c", f"""
+        {prefix}/bin/recovery_net & until [ -s /run/movo_net.lock ]; do sleep 0.01; done
+        echo echo never | {prefix}/bin/movo_net_shell; echo $?
+        echo start | {prefix}/bin/movo_net_shell --no-start
+        kill -9 $!; wait $!
+        {shell(FOUND)}""", env={**os.environ, "KEST_DEBUG": "0"})
+    assert status == 0 and output.startswith("1\n1 failure\n"), output + errors
+    assert callbacks(output) == ["IFFOUND", "WIFISCANDONE"]
+    other = r"movo_net_shell: the network glue runs already: recovery_net, pid \d+\n"
+    assert re.match(f"{other}{other}", errors), errors
