@@ -132,6 +132,22 @@ def test_the_streams_are_the_applications_alone(inside, shell, path):
     assert [line for line in output.splitlines() if not re.match("callback|0 success", line)] == []
 
 
+def test_what_goes_on_holds_no_stream_of_the_application(inside, shell):
+    # The supplicant and the DHCP client outlive the application, and its reader waits for the end of its output.
+    script = FOUND + """
+        disable mlan0
+        enable mlan0
+        wifi scan
+        expect WIFISCANDONE mlan0 10
+        wifi update
+        wifi join Cafe
+        expect DHCP_SUCCESS mlan0 10
+    """
+    status, output, errors = inside("sh", "-c", f"lines=$({shell(script)} 2>&1 | grep -c callback); echo $lines; "
+                                                "kill -0 $(cat /tmp/dhcp/dhcpcd-mlan0.pid /tmp/wpa_supplicant_mlan0.pid)")
+    assert (status, output) == (0, "7\n"), output + errors
+
+
 def test_a_join_again_needs_no_force(inside, shell):
     script, _, _ = EVERYTHING.partition("wifi leave")
     status, output, log = inside("sh", "-c", shell(script), env={**os.environ, "KEST_DEBUG": "3"})
