@@ -190,6 +190,15 @@ def test_examples_build_through_pkg_config(environment, tmp_path):
         assert "undefined symbol" not in run("ldd", "-r", tmp_path / name, env=environment)
 
 
+def test_an_example_leaves_the_network_to_another_host(inside, prefix, environment, tmp_path):
+    run("make", "-C", EXAMPLES, f"BUILD={tmp_path}", env=environment)
+    status, output, errors = inside("sh", "-c", f"""
+        {prefix}/bin/recovery_net & until [ -s /run/movo_net.lock ]; do sleep 0.01; done
+        {tmp_path}/listen_cpp""", env={**environment, "KEST_DEBUG": "0"})
+    assert (status, output) == (1, "")
+    assert re.fullmatch(r"the network has a host: recovery_net, pid \d+\n", errors)
+
+
 def test_examples_build_through_pkg_config_static(environment, tmp_path):
     run("make", "-C", EXAMPLES, f"BUILD={tmp_path}", "LINK=--static", env=environment)
     for name in ("listen_c", "listen_cpp"):
