@@ -181,6 +181,7 @@ int Shell::run()
 int run(const Options& options)
 {
     catchInterrupts();
+    setHostCheck(options.becomeHost);
     setProgramFolder(options.programs);
     const int status = Shell(options).run();
     leaveGlue();

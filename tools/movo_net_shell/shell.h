@@ -15,6 +15,7 @@ struct Options {
     bool startGlue;                 // before the first line
     const char* programs = nullptr; // folder whose programs are commands too
     int play = -1;                  // descriptor whose lines are shown and run before those of the input
+    bool (*becomeHost)() = nullptr; // asked before each start; false: another process hosts the glue
 };
 
 /**
