@@ -53,6 +53,9 @@ void Console::complain(const char* format, ...)
 
 void Console::result(RETURN_TYPE code)
 {
+    if (code != 0) {
+        m_shortfall = Shortfall{code, false};
+    }
     print("%d %s\n", code, nameOf(resultNames(), code).c_str());
 }
 
@@ -67,6 +70,9 @@ void Console::result(RETURN_TYPE code, const std::string& value)
 
 void Console::answer(kest_bool yes)
 {
+    if (yes == 0) {
+        m_shortfall = Shortfall{0, true};
+    }
     print("%d %s\n", yes, textOf(yes).c_str());
 }
 

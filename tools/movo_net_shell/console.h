@@ -10,6 +10,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace shell {
 using Deadline = std::chrono::steady_clock::time_point;
@@ -18,6 +19,12 @@ Deadline in(std::chrono::milliseconds time);
 
 enum class Event { Input, Woken, Interrupt, TimeUp };
 enum class Wait { Done, TimeUp, Interrupted };
+
+/** What a person wants to know the cause of. */
+struct Shortfall {
+    RETURN_TYPE code; // 0 for an answer
+    bool isAnswer;
+};
 
 class Console {
 public:
@@ -31,11 +38,16 @@ public:
     /** For a program that prints in the console's place. */
     int outputDescriptor() const { return fileno(m_output); }
 
-    /** A result with the meaning of its code; the value follows when the code is 0. */
+    /** A result with the meaning of its code; the value follows when the code is 0. Callbacks of its call come first.
+     */
     void result(RETURN_TYPE code);
     void result(RETURN_TYPE code, const std::string& value);
     /** The answer of a call that returns a boolean. */
     void answer(kest_bool yes);
+
+    /** The latest result that was a failure, or the latest answer "no", since the last call; nothing when all went
+     * well. */
+    std::optional<Shortfall> takeShortfall() { return std::exchange(m_shortfall, std::nullopt); }
 
     /** Prints the callbacks that have arrived; whatever is printed by other means comes after them. */
     void showArrivals();
@@ -56,6 +68,7 @@ public:
 private:
     std::FILE* m_output;
     std::FILE* m_errors;
+    std::optional<Shortfall> m_shortfall;
     std::deque<Arrival> m_shown; // not yet taken by an expectation; the oldest are dropped
 };
 } // namespace shell

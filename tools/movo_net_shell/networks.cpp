@@ -2,6 +2,7 @@
 
 #include "glue.h"
 #include "names.h"
+#include "quiet_log.h"
 #include "text.h"
 
 namespace shell {
@@ -33,18 +34,6 @@ std::string joined(const char* ifname, const char* essid)
 {
     return joinedName(ifname) == essid ? "yes" : "no";
 }
-
-/** Keeps questions whose failure means nothing out of the log. */
-class QuietLog {
-public:
-    QuietLog() : m_level(__atomic_exchange_n(&__kest_debug_min, KEST_LEVEL_NONE, __ATOMIC_RELAXED)) {}
-    ~QuietLog() { __atomic_store_n(&__kest_debug_min, m_level, __ATOMIC_RELAXED); }
-    QuietLog(const QuietLog&) = delete;
-    QuietLog& operator=(const QuietLog&) = delete;
-
-private:
-    int m_level;
-};
 
 /** A network is remembered when its key can be read. */
 std::string remembered(const char* ifname, const char* essid)

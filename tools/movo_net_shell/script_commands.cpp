@@ -115,6 +115,8 @@ std::span<const Command> scriptCommands()
          "waits for a callback, 30 s unless told; a script ends without it", "", expect},
         {kSubject, "echo", "[TEXT...]", "prints its words", "", echo},
         {kSubject, "log", "[LEVEL]", "shows or sets what is logged, from none to log", "", log},
+        {kSubject, "?", "[COMMAND|SUBJECT...]", "the same as help", "", help},
+        {kSubject, "exit", "", "the same as quit", "", quit},
         {kSubject, "quit", "", "stops the glue and leaves, as the end of the input does", "", quit},
     };
     return kCommands;

@@ -1,7 +1,9 @@
 #include "shell.h"
 
+#include "causes.h"
 #include "command.h"
 #include "glue.h"
+#include "hints.h"
 #include "lines.h"
 #include "programs.h"
 #include "text.h"
@@ -39,6 +41,7 @@ private:
     bool goesOnAfter(Outcome outcome);
     Outcome runLine(const std::string& line);
     Outcome runCommand(const Command& command, Arguments arguments);
+    void explain(const Command& command, Arguments arguments, std::chrono::milliseconds took);
     void complain(const std::string& what);
 
     bool m_onTerminal; // where complaints belong to the dialogue, and standard error to the log
@@ -71,14 +74,27 @@ void Shell::complain(const std::string& what)
 Outcome Shell::runCommand(const Command& command, Arguments arguments)
 {
     const Parameters parameters = parametersOf(command);
+    const auto begin = std::chrono::steady_clock::now();
     Outcome outcome = Outcome::BadArgument;
     if (arguments.size() >= parameters.least && arguments.size() <= parameters.most) {
         outcome = command.run(m_console, arguments);
     }
     if (outcome == Outcome::BadArgument) {
-        complain("usage: " + usageOf(command));
+        complain(wrongArguments(command, arguments));
     }
+    const auto took = std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - begin);
+    explain(command, arguments, took);
     return outcome;
+}
+
+/** One line below a result that was no success. */
+void Shell::explain(const Command& command, Arguments arguments, std::chrono::milliseconds took)
+{
+    const auto shortfall = m_console.takeShortfall();
+    const std::string cause = shortfall ? causeOf({command, arguments, *shortfall, took}) : "";
+    if (!cause.empty()) {
+        m_console.print("  %s\n", cause.c_str());
+    }
 }
 
 Outcome Shell::runLine(const std::string& line)
@@ -97,7 +113,7 @@ Outcome Shell::runLine(const std::string& line)
         return runProgram(m_console, *words);
     }
     if (command == nullptr) {
-        complain("unknown command: " + printable(words->front()) + "; help lists them");
+        complain(unknownCommand(*words));
         return Outcome::BadArgument;
     }
     return runCommand(*command, std::span(*words).subspan(length));

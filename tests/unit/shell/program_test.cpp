@@ -133,7 +133,7 @@ protected:
         add("cable", "echo \"the cable is $1, $2\"", 0700);
         add("fails", "exit 7", 0700);
         add("eats", "cat", 0700);
-        add("notes", "echo wrong", 0600);
+        add("hold", "echo wrong", 0600);
     }
     ~ShellProgramFolder() override { std::filesystem::remove_all(m_folder); }
 
@@ -176,7 +176,7 @@ TEST_F(ShellProgramFolder, LeavesTheScriptToTheShell)
 
 TEST_F(ShellProgramFolder, HoldsOnlyPrograms)
 {
-    for (const char* line : {"notes", "../bin/true", "/bin/true", ".", "absent"}) {
+    for (const char* line : {"hold", "../bin/true", "/bin/true", ".", "absent"}) {
         const Ended ended = play(std::string(line) + "\\n");
         EXPECT_EQ(ended.status, 2) << line;
         EXPECT_EQ(ended.output, "line 1: unknown command: " + std::string(line) + "; help lists them\n");
