@@ -3,8 +3,10 @@
 #define MOVO_NET_SHELL_CONSOLE_H
 
 #include "arrivals.h"
+#include "screen.h"
 
 #include <chrono>
+#include <cstdarg>
 #include <cstdio>
 #include <deque>
 #include <functional>
@@ -28,12 +30,17 @@ struct Shortfall {
 
 class Console {
 public:
-    Console(std::FILE* output, std::FILE* errors);
+    Console(std::FILE* output, std::FILE* errors, Screen screen = {});
     Console(const Console&) = delete;
     Console& operator=(const Console&) = delete;
 
+    /** Callbacks that have arrived come before the first text of a command; between its lines none come. */
     void print(const char* format, ...) __attribute__((format(printf, 2, 3)));
     void complain(const char* format, ...) __attribute__((format(printf, 2, 3)));
+
+    const Screen& screen() const { return m_screen; }
+    /** What is printed from now on is another command's. */
+    void beginCommand() { m_printing = false; }
 
     /** For a program that prints in the console's place. */
     int outputDescriptor() const { return fileno(m_output); }
@@ -57,8 +64,8 @@ public:
      */
     Event nextEvent(Deadline deadline, int descriptor = -1);
 
-    /** Shows callbacks as they arrive until `done` holds. */
-    Wait pass(Deadline deadline, const std::function<bool()>& done);
+    /** Shows callbacks as they arrive until `done` holds; a terminal shows what is awaited, and how long yet. */
+    Wait pass(Deadline deadline, const std::string& awaited, const std::function<bool()>& done);
 
     /** Takes the first shown callback that fits, and all before it; an empty name fits every interface. */
     bool takeExpected(MovoNetCBReason_e reason, const std::string& ifname);
@@ -66,8 +73,17 @@ public:
     void forgetShown() { m_shown.clear(); }
 
 private:
+    void write(std::FILE* stream, const char* format, std::va_list arguments) __attribute__((format(printf, 3, 0)));
+    void show(const Arrival& arrival);
+    void showProgress(Deadline deadline, const std::string& awaited);
+    void eraseProgress();
+    Wait passLooking(Deadline deadline, const std::string& awaited, const std::function<bool()>& done);
+
     std::FILE* m_output;
     std::FILE* m_errors;
+    Screen m_screen;
+    bool m_printing = false; // a text of the command stands there already
+    bool m_progress = false; // its line stands there
     std::optional<Shortfall> m_shortfall;
     std::deque<Arrival> m_shown; // not yet taken by an expectation; the oldest are dropped
 };

@@ -35,7 +35,8 @@ Outcome join(Console& console, Arguments arguments)
         return Outcome::Done;
     }
     (void)pthread_detach(waiter);
-    const Wait wait = console.pass(time ? in(*time) : kNoDeadline, [] { return s_ended.load(); });
+    const Wait wait = console.pass(time ? in(*time) : kNoDeadline, "waiting for the end of the event thread",
+                                   [] { return s_ended.load(); });
     if (wait == Wait::Interrupted) {
         return Outcome::Interrupted;
     }

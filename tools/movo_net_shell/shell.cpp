@@ -54,9 +54,10 @@ private:
 
 Shell::Shell(const Options& options)
     : m_onTerminal(isatty(options.input) != 0 && isatty(fileno(options.output)) != 0),
-      m_console(options.output, m_onTerminal ? options.output : options.errors), m_startGlue(options.startGlue),
-      m_lines(m_onTerminal ? editedLines(options.input, options.output, m_console)
-                           : plainLines(options.input, m_console)),
+      m_console(options.output, m_onTerminal ? options.output : options.errors,
+                m_onTerminal ? Screen(fileno(options.output)) : Screen()),
+      m_startGlue(options.startGlue), m_lines(m_onTerminal ? editedLines(options.input, options.output, m_console)
+                                                           : plainLines(options.input, m_console)),
       m_played(options.play < 0 ? nullptr : plainLines(options.play, m_console))
 {
 }
@@ -65,7 +66,7 @@ Shell::Shell(const Options& options)
 void Shell::complain(const std::string& what)
 {
     if (m_onTerminal && !m_played) {
-        m_console.complain("%s\n", what.c_str());
+        m_console.complain("%s\n", m_console.screen().wrapped(what, 2).c_str());
     } else {
         m_console.complain("line %d: %s\n", m_lineNumber, what.c_str());
     }
@@ -93,7 +94,7 @@ void Shell::explain(const Command& command, Arguments arguments, std::chrono::mi
     const auto shortfall = m_console.takeShortfall();
     const std::string cause = shortfall ? causeOf({command, arguments, *shortfall, took}) : "";
     if (!cause.empty()) {
-        m_console.print("  %s\n", cause.c_str());
+        m_console.print("  %s\n", m_console.screen().wrapped(cause, 2).c_str());
     }
 }
 
@@ -137,6 +138,7 @@ Read Shell::next(std::string& line)
 Outcome Shell::perform(Read read, const std::string& line)
 {
     m_lineNumber++;
+    m_console.beginCommand();
     switch (read) {
     case Read::Line:
         return runLine(line);

@@ -57,7 +57,7 @@ const Case kCases[] = {
     {"mode eth0 static", {"Movo_NET_ConfigIPMode eth0 2"}, "0 success\n"},
     {"mode eth0 dnsonly", {"Movo_NET_ConfigIPMode eth0 3"}, "0 success\n"},
     {"mode eth0 -9", {"Movo_NET_ConfigIPMode eth0 -9"}, "0 success\n"},
-    {"state eth0", {"Movo_NET_GetIPStatus eth0"}, "0 success: dhcp-got\n"},
+    {"state eth0", {"Movo_NET_GetIPStatus eth0", "Movo_NET_IsConnected eth0"}, "0 success: dhcp-got\n"},
     {"ip eth0",
      {"Movo_NET_GetIP eth0"},
      "0 success\n  address  10.0.2.15\n  mask     255.255.255.0\n  gateway  10.0.2.2\n  dns      10.0.2.3 9.9.9.9\n"},
@@ -89,8 +89,8 @@ const Case kCases[] = {
 };
 
 // What tests of their own hold: scripts, start, status, help.
-const std::set<std::string> kElsewhere = {"help",   "?",     "exit",   "watch",      "sleep",
-                                          "expect", "start", "status", "interfaces", "join"};
+const std::set<std::string> kElsewhere = {"help",  "?",      "exit",       "watch", "sleep",    "expect",
+                                          "start", "status", "interfaces", "join"};
 
 std::vector<Case> allCases()
 {
@@ -240,6 +240,13 @@ TEST(ShellStatus, IsATableOfTheInterfaces)
                                        "dns 2         9.9.9.9             9.9.9.9\n"
                                        "\n"
                                        "the network works\n");
+}
+
+TEST(ShellStatus, ALostConnectionHasNoLease)
+{
+    fake::setConnected(false);
+    EXPECT_NE(play("status\n").output.find("state         lost                lost\n"), std::string::npos);
+    EXPECT_EQ(play("state eth0\n").output, "0 success: dhcp-got\n  of the last connection, which is lost\n");
 }
 
 TEST(ShellStatus, InterfacesIsTheSame)

@@ -13,6 +13,11 @@ void writeAddresses(const char* first, unsigned* ip, unsigned* mask, unsigned* g
 }
 } // namespace
 
+void fake::setConnected(bool connected)
+{
+    state().connected = connected;
+}
+
 RETURN_TYPE Movo_NET_ConfigIPMode(kest_sint32, const char* ifname, MovoNetIPMode_e mode)
 {
     return called("Movo_NET_ConfigIPMode", ifname, static_cast<int>(mode));
@@ -56,7 +61,8 @@ RETURN_TYPE Movo_NET_GetIPStatic(kest_sint32, const char* ifname, unsigned* ip, 
 
 RETURN_TYPE Movo_NET_IsConnected(kest_sint32, const char* ifname, kest_bool* isConnected)
 {
-    return wrote(called("Movo_NET_IsConnected", ifname), isConnected, kest_bool{1});
+    return wrote(called("Movo_NET_IsConnected", ifname), isConnected,
+                 static_cast<kest_bool>(state().connected ? 1 : 0));
 }
 
 kest_bool Movo_NET_IsDNSOK(kest_sint32, const char* ifname)

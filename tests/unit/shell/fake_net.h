@@ -38,6 +38,9 @@ void setNetworks(const std::vector<std::string>& names);
 /** What all networks are scanned with from now on; at first WPA2. */
 void setSecurity(MovoNetWifiSecurity_e security);
 
+/** Whether the interfaces are connected; at first they are. */
+void setConnected(bool connected);
+
 /** Calls the callback, if there is one. */
 void callBack(MovoNetCBReason_e reason, const char* ifname);
 } // namespace fake

@@ -21,6 +21,7 @@ struct State {
     std::vector<std::string> networks = {"My Home Net", "caf\xc3\xa9"};
     MovoNetWifiSecurity_e security = _MOVO_NET_WIFI_SECURITY_WPA2_PSK_;
     bool running = false;
+    bool connected = true;
     std::thread loop; // the glue's own thread, from start to stop
     bool stopping = false;
     MovoNetCallback_t callback = nullptr;

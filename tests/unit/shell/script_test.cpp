@@ -247,3 +247,17 @@ TEST(ShellLinkType, IsTheLibrarysVariable)
     EXPECT_EQ(play("link-type 255\nlink-type\n").output, "255\n");
     EXPECT_EQ(g_NetworkLinkType, 255);
 }
+
+TEST(ShellScript, NoCallbackStandsInsideATable)
+{
+    fake::addWireless("wlan0");
+    for (const char* line : {"wifi list\n", "wifi info caf\u00e9\n", "wifi status\n", "ap status\n", "help\n"}) {
+        fake::onCall({});
+        const std::string output = play(line).output;
+        const std::string table = output.substr(output.starts_with('0') ? output.find('\n') + 1 : 0);
+        fake::onCall([](const std::string&) { fake::callBack(_MOVO_NET_CALLBACK_IPCHANGED_, "eth0"); });
+        const std::string disturbed = play(std::string("callback on\n") + line).output;
+        EXPECT_NE(disturbed.find(table), std::string::npos) << line << disturbed;
+        EXPECT_NE(disturbed.find(" IPCHANGED eth0\n"), std::string::npos) << line;
+    }
+}
