@@ -1,6 +1,7 @@
 #include "causes.h"
 
 #include "glue.h"
+#include "join.h"
 #include "likeness.h"
 #include "networks.h"
 #include "text.h"
@@ -137,6 +138,11 @@ std::string meaning(const Failed& failed)
         if ((each.command[0] == '\0' || isCalled(failed, each.command)) && each.code == failed.shortfall.code) {
             return each.text;
         }
+    }
+    if (isCalled(failed, "wifi join") || isCalled(failed, "wifi back")) {
+        const auto left = leftNetwork();
+        return "the supplicant refused; the log names the command" +
+               (left ? "; wifi back joins " + printable(left->name) + " again" : "");
     }
     return isAbout(failed, "wifi") ? "the supplicant refused; the log names the command"
                                    : "the log names the step that failed; log info makes it say more";

@@ -101,6 +101,10 @@ void Console::show(const Arrival& arrival)
     const std::string line = "callback " + std::string(time) + clock + " " + nameOf(reasonNames(), arrival.reason) +
                              " " + printable(arrival.ifname);
     (void)std::fprintf(m_output, "%s\n", m_screen.styled(Style::Faint, line).c_str());
+    const std::string remark = m_remark != nullptr ? m_remark(arrival) : "";
+    if (!remark.empty()) {
+        (void)std::fprintf(m_output, "  %s\n", m_screen.wrapped(remark, 2).c_str());
+    }
 }
 
 void Console::showArrivals()

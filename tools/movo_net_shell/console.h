@@ -39,6 +39,8 @@ public:
     void complain(const char* format, ...) __attribute__((format(printf, 2, 3)));
 
     const Screen& screen() const { return m_screen; }
+    /** Below a callback stands what this says of it, unless that is nothing. */
+    void remarkWith(std::string (*remark)(const Arrival& arrival)) { m_remark = remark; }
     /** What is printed from now on is another command's. */
     void beginCommand() { m_printing = false; }
 
@@ -82,6 +84,7 @@ private:
     std::FILE* m_output;
     std::FILE* m_errors;
     Screen m_screen;
+    std::string (*m_remark)(const Arrival& arrival) = nullptr;
     bool m_printing = false; // a text of the command stands there already
     bool m_progress = false; // its line stands there
     std::optional<Shortfall> m_shortfall;

@@ -56,7 +56,7 @@ std::string missingQuotes(const Command& command, Arguments arguments)
     for (const std::string& word : arguments) {
         joined += (joined.empty() ? "" : " ") + word;
         if (joined != arguments[0] && std::ranges::find(names, joined) != names.end()) {
-            return "; a name with blanks has quotes: " + std::string(command.name) + " \"" + typed(joined, true) + "\"";
+            return "; a name with blanks has quotes: " + std::string(command.name) + " " + asWord(joined);
         }
     }
     return "; a name with blanks has quotes, as in " + std::string(command.name) + " \"My Network\"";

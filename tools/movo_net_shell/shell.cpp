@@ -4,6 +4,7 @@
 #include "command.h"
 #include "glue.h"
 #include "hints.h"
+#include "join.h"
 #include "lines.h"
 #include "programs.h"
 #include "text.h"
@@ -156,6 +157,7 @@ Outcome Shell::perform(Read read, const std::string& line)
 bool Shell::start()
 {
     if (m_onTerminal) {
+        m_console.remarkWith(remarkOn);
         m_console.print("The network glue of the set; help lists the commands.\n");
     }
     if (m_startGlue) {

@@ -204,6 +204,11 @@ std::string printable(std::string_view text)
     return safe;
 }
 
+std::string asWord(const std::string& text)
+{
+    return !text.empty() && typed(text, false) == text ? text : "\"" + typed(text, true) + "\"";
+}
+
 std::string typed(std::string_view text, bool inQuotes)
 {
     const std::string_view special = inQuotes ? "\"\\" : "\"\\ #";

@@ -54,6 +54,9 @@ std::string printable(std::string_view text);
 /** Text as a part of a word that is typed, within quotes or not. */
 std::string typed(std::string_view text, bool inQuotes);
 
+/** Text as one word of a line that is typed, in quotes if it needs them. */
+std::string asWord(const std::string& text);
+
 /** How wide a text is on a terminal. */
 std::size_t shownColumns(std::string_view text);
 

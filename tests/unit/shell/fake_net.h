@@ -41,6 +41,12 @@ void setSecurity(MovoNetWifiSecurity_e security);
 /** Whether the interfaces are connected; at first they are. */
 void setConnected(bool connected);
 
+/** Whether the first network is joined; at first it is. */
+void setJoined(bool joined);
+
+/** The cipher that all networks are scanned with from now on; at first CCMP. */
+void setCipher(MovoNetWifiEncryption_e cipher);
+
 /** Calls the callback, if there is one. */
 void callBack(MovoNetCBReason_e reason, const char* ifname);
 } // namespace fake
