@@ -30,8 +30,8 @@ Deadline in(std::chrono::milliseconds time)
     return std::chrono::steady_clock::now() + time;
 }
 
-Console::Console(std::FILE* output, std::FILE* errors, Screen screen)
-    : m_output(output), m_errors(errors), m_screen(screen)
+Console::Console(std::FILE* output, std::FILE* errors, Screen screen, int input)
+    : m_output(output), m_errors(errors), m_screen(screen), m_input(input)
 {
 }
 
@@ -115,8 +115,8 @@ void Console::showArrivals()
         show(arrival);
         m_shown.push_back(std::move(arrival));
     }
-    while (m_shown.size() > kMostShown) {
-        m_shown.pop_front();
+    if (m_shown.size() > kMostShown) {
+        take(m_shown.size() - kMostShown);
     }
     (void)std::fflush(m_output);
 }
@@ -200,7 +200,26 @@ bool Console::takeExpected(MovoNetCBReason_e reason, const std::string& ifname)
     if (found == m_shown.end()) {
         return false;
     }
-    m_shown.erase(m_shown.begin(), found + 1);
+    take(static_cast<std::size_t>(found - m_shown.begin()) + 1);
     return true;
+}
+
+void Console::take(std::size_t count)
+{
+    m_shown.erase(m_shown.begin(), m_shown.begin() + static_cast<std::ptrdiff_t>(count));
+    m_taken += count;
+}
+
+std::optional<MovoNetCBReason_e> Console::shownSince(std::size_t& mark,
+                                                     const std::function<bool(const Arrival&)>& fits) const
+{
+    for (std::size_t at = std::max(mark, m_taken); at < this->mark(); at++) {
+        const Arrival& arrival = m_shown[at - m_taken];
+        if (fits(arrival)) {
+            mark = at + 1;
+            return arrival.reason;
+        }
+    }
+    return std::nullopt;
 }
 } // namespace shell

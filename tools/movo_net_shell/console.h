@@ -30,7 +30,7 @@ struct Shortfall {
 
 class Console {
 public:
-    Console(std::FILE* output, std::FILE* errors, Screen screen = {});
+    Console(std::FILE* output, std::FILE* errors, Screen screen = {}, int input = -1);
     Console(const Console&) = delete;
     Console& operator=(const Console&) = delete;
 
@@ -39,10 +39,15 @@ public:
     void complain(const char* format, ...) __attribute__((format(printf, 2, 3)));
 
     const Screen& screen() const { return m_screen; }
-    /** Below a callback stands what this says of it, unless that is nothing. */
-    void remarkWith(std::string (*remark)(const Arrival& arrival)) { m_remark = remark; }
+    /** What is said below a callback, unless it is nothing. */
+    using Remark = std::string (*)(const Arrival& arrival);
+    /** Returns the one before; NULL says nothing. */
+    Remark remarkWith(Remark remark) { return std::exchange(m_remark, remark); }
     /** What is printed from now on is another command's. */
     void beginCommand() { m_printing = false; }
+
+    /** What a person types at; -1 where there is nobody. */
+    int input() const { return m_input; }
 
     /** For a program that prints in the console's place. */
     int outputDescriptor() const { return fileno(m_output); }
@@ -71,23 +76,31 @@ public:
 
     /** Takes the first shown callback that fits, and all before it; an empty name fits every interface. */
     bool takeExpected(MovoNetCBReason_e reason, const std::string& ifname);
+    /** The place behind the last callback that was shown. */
+    std::size_t mark() const { return m_taken + m_shown.size(); }
+    /** The first of those behind the mark that fits, which the mark moves behind; nobody takes it. */
+    std::optional<MovoNetCBReason_e> shownSince(std::size_t& mark,
+                                                const std::function<bool(const Arrival&)>& fits) const;
     /** Takes all that were shown. */
-    void forgetShown() { m_shown.clear(); }
+    void forgetShown() { take(m_shown.size()); }
 
 private:
     void write(std::FILE* stream, const char* format, std::va_list arguments) __attribute__((format(printf, 3, 0)));
     void show(const Arrival& arrival);
     void showProgress(Deadline deadline, const std::string& awaited);
     void eraseProgress();
+    void take(std::size_t count);
     Wait passLooking(Deadline deadline, const std::string& awaited, const std::function<bool()>& done);
 
     std::FILE* m_output;
     std::FILE* m_errors;
     Screen m_screen;
-    std::string (*m_remark)(const Arrival& arrival) = nullptr;
+    int m_input;
+    Remark m_remark = nullptr;
     bool m_printing = false; // a text of the command stands there already
     bool m_progress = false; // its line stands there
     std::optional<Shortfall> m_shortfall;
+    std::size_t m_taken = 0;     // callbacks that were taken or dropped
     std::deque<Arrival> m_shown; // not yet taken by an expectation; the oldest are dropped
 };
 } // namespace shell

@@ -3,6 +3,7 @@
 #include "glue.h"
 #include "networks.h"
 #include "text.h"
+#include "warnings.h"
 
 namespace shell {
 namespace {
@@ -41,7 +42,7 @@ std::string obstacleOf(const Network& network)
     }
     return !wantsKey(network.kind)
                ? ""
-               : printable(network.name) + " wants a key: wifi join " + asWord(network.name) + " KEY";
+               : printable(network.name) + " wants a key: wifi connect " + asWord(network.name) + " KEY";
 }
 
 RETURN_TYPE join(const Network& network)
@@ -54,6 +55,16 @@ RETURN_TYPE join(const Network& network)
         }
     }
     return Movo_NET_WifiConnectEss(kAppId, network.ifname.c_str(), network.name.c_str());
+}
+
+RETURN_TYPE readScan(const std::string& ifname)
+{
+    noteSecured(ifname);
+    const RETURN_TYPE code = Movo_NET_WifiUpdateEsss(kAppId, ifname.c_str());
+    if (code == 0) {
+        forgetKeys();
+    }
+    return code;
 }
 
 std::optional<Network> leftNetwork()

@@ -26,6 +26,9 @@ std::string obstacleOf(const Network& network);
 /** Gives it its key and joins it, noting the joined network. */
 RETURN_TYPE join(const Network& network);
 
+/** Reads what the last scan found, which forgets the keys that were set. */
+RETURN_TYPE readScan(const std::string& ifname);
+
 /** The network that the last join has taken away; nothing when there was none, or one is joined again. */
 std::optional<Network> leftNetwork();
 

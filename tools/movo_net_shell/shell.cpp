@@ -56,7 +56,7 @@ private:
 Shell::Shell(const Options& options)
     : m_onTerminal(isatty(options.input) != 0 && isatty(fileno(options.output)) != 0),
       m_console(options.output, m_onTerminal ? options.output : options.errors,
-                m_onTerminal ? Screen(fileno(options.output)) : Screen()),
+                m_onTerminal ? Screen(fileno(options.output)) : Screen(), m_onTerminal ? options.input : -1),
       m_startGlue(options.startGlue), m_lines(m_onTerminal ? editedLines(options.input, options.output, m_console)
                                                            : plainLines(options.input, m_console)),
       m_played(options.play < 0 ? nullptr : plainLines(options.play, m_console))
@@ -157,7 +157,7 @@ Outcome Shell::perform(Read read, const std::string& line)
 bool Shell::start()
 {
     if (m_onTerminal) {
-        m_console.remarkWith(remarkOn);
+        (void)m_console.remarkWith(remarkOn);
         m_console.print("The network glue of the set; help lists the commands.\n");
     }
     if (m_startGlue) {

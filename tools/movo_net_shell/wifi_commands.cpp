@@ -1,4 +1,5 @@
 #include "calls.h"
+#include "connect.h"
 #include "join.h"
 #include "keys.h"
 #include "networks.h"
@@ -47,11 +48,9 @@ Outcome use(Console& console, Arguments arguments)
 Outcome update(Console& console, Arguments /*arguments*/)
 {
     const std::string ifname = wifiName();
-    noteSecured(ifname);
-    const RETURN_TYPE code = Movo_NET_WifiUpdateEsss(kAppId, ifname.c_str());
+    const RETURN_TYPE code = readScan(ifname);
     console.result(code);
     if (code == 0) {
-        forgetKeys();
         warnOfLostSecurity(console, ifname);
     }
     return Outcome::Done;
@@ -184,6 +183,10 @@ std::span<const Command> wifiCommands()
          "Movo_NET_WifiGetEncryptionEss Movo_NET_WifiGetConnectedEss Movo_NET_WifiGetKey Movo_NET_WifiSetKey "
          "Movo_NET_WifiConnectEss",
          joinNetwork},
+        {kSubject, "wifi connect", "NAME [KEY]", "joins it in one step: looks, asks for its key, waits",
+         "Movo_NET_WifiScanEsss Movo_NET_WifiUpdateEsss Movo_NET_WifiGetEncryptionEss Movo_NET_WifiGetConnectedEss "
+         "Movo_NET_WifiGetKey Movo_NET_WifiSetKey Movo_NET_WifiConnectEss Movo_NET_GetIP",
+         connectNetwork},
         {kSubject, "wifi back", "", "joins the network again that the last join has left",
          "Movo_NET_WifiGetConnectedEss Movo_NET_WifiSetKey Movo_NET_WifiConnectEss", joinLeftNetwork},
         {kSubject, "wifi leave", "", "leaves the network that is joined", "Movo_NET_WifiDisConnect",

@@ -119,7 +119,7 @@ TEST_F(ShellWifiJoin, AMissingKeyIsAskedForBeforeTheCall)
 {
     fake::returns("Movo_NET_WifiGetKey", 1);
     EXPECT_EQ(play("wifi join \"My Home Net\"\n").output,
-              "not joined: My Home Net wants a key: wifi join \"My Home Net\" KEY\n");
+              "not joined: My Home Net wants a key: wifi connect \"My Home Net\" KEY\n");
     EXPECT_FALSE(wasCalled("Movo_NET_WifiConnectEss"));
 }
 

@@ -128,3 +128,40 @@ TEST(ShellReadable, ACallbackDuringAWaitTakesThePlaceOfItsLine)
     EXPECT_TRUE(terminal.sees("\r\033[Kcallback "));
     EXPECT_TRUE(terminal.sees("\r\033[Kwatching"));
 }
+
+TEST(ShellReadable, AKeyIsAskedForWithoutBeingShown)
+{
+    haveNetworks();
+    fake::returns("Movo_NET_WifiGetKey", 1);
+    fake::returns("Movo_NET_IsEnabledIface", 1);
+    fake::returns("Movo_NET_IsActivedIface", 1);
+    bool right = false;
+    fake::onCall([&right](const std::string& call) {
+        right = right || call == "Movo_NET_WifiSetKey wlan0 caf\u00e9 horses \u6211 10";
+        if (call.starts_with("Movo_NET_WifiConnectEss")) {
+            fake::callBack(right ? _MOVO_NET_CALLBACK_IFCONNECTED_ : _MOVO_NET_CALLBACK_WIFIBADKEY_, "wlan0");
+            fake::callBack(_MOVO_NET_CALLBACK_DHCP_SUCCESS_, "wlan0");
+        }
+    });
+    Terminal terminal;
+    (void)terminal.answerTo("callback on");
+    terminal.type("wifi connect caf\u00e9\r");
+    EXPECT_TRUE(terminal.sees("key of caf\u00e9: "));
+    terminal.type("horses \u6211x\177\r"); // the last letter is taken back
+    const std::string shown = terminal.shownUntil("joined caf\u00e9 in ");
+    EXPECT_EQ(shown.find("horses"), std::string::npos) << shown;
+    EXPECT_TRUE(terminal.prompts());
+    EXPECT_EQ(terminal.answerTo("echo shown"), "shown\r\n");
+}
+
+TEST(ShellReadable, AnInterruptEndsTheQuestionForAKey)
+{
+    haveNetworks();
+    fake::returns("Movo_NET_WifiGetKey", 1);
+    Terminal terminal;
+    terminal.type("wifi connect caf\u00e9\r");
+    EXPECT_TRUE(terminal.sees("key of caf\u00e9: "));
+    terminal.type("\003");
+    EXPECT_TRUE(terminal.prompts());
+    EXPECT_EQ(terminal.answerTo("echo shown"), "shown\r\n");
+}
