@@ -15,7 +15,7 @@ struct Failed {
     std::chrono::milliseconds took; // the whole command
 };
 
-/** One line, as the interfaces and networks are now; empty for an answer "no" that is what it seems. */
+/** One line, as the interfaces and networks are now; empty for an answer that is what it seems. */
 std::string causeOf(const Failed& failed);
 
 /** The same for a network that is not in the table, with the name that may have been meant. */

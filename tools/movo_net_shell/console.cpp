@@ -84,9 +84,7 @@ void Console::result(RETURN_TYPE code, const std::string& value)
 
 void Console::answer(kest_bool yes)
 {
-    if (yes == 0) {
-        m_shortfall = Shortfall{0, true};
-    }
+    m_shortfall = Shortfall{0, true};
     showArrivals();
     print("%d %s\n", yes, textOf(yes).c_str());
 }

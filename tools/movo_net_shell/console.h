@@ -59,7 +59,7 @@ public:
     /** The answer of a call that returns a boolean. */
     void answer(kest_bool yes);
 
-    /** The latest result that was a failure, or the latest answer "no", since the last call; nothing when all went
+    /** The latest result that was a failure, or the latest answer, since the last call; nothing when all went
      * well. */
     std::optional<Shortfall> takeShortfall() { return std::exchange(m_shortfall, std::nullopt); }
 

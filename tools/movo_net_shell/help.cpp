@@ -49,9 +49,19 @@ std::string rowsOfPrograms(const Screen& screen)
     const std::vector<std::string> names = programNames();
     std::string rows = names.empty() ? "" : screen.styled(Style::Head, "programs") + "\n";
     for (const std::string& name : names) {
-        rows += "  " + printable(name) + "\n";
+        const ProgramHelp own = programHelp(name);
+        std::string row = rowOf(screen, printable(own.usage), printable(own.text));
+        row.erase(row.find_last_not_of(" \n") + 1);
+        rows += row + "\n";
     }
     return rows;
+}
+
+void showProgram(Console& console, const std::string& name)
+{
+    const ProgramHelp own = programHelp(name);
+    const std::string text = own.text.empty() ? "it says nothing of itself" : printable(own.text);
+    console.print("%s\n  %s\n", printable(own.usage).c_str(), console.screen().wrapped(text, 2).c_str());
 }
 } // namespace
 
@@ -65,6 +75,10 @@ Outcome help(Console& console, Arguments arguments)
     const Command* const command = findCommand(arguments, length);
     if (command != nullptr && length == arguments.size()) {
         showCommand(console, *command);
+        return Outcome::Done;
+    }
+    if (command == nullptr && arguments.size() == 1 && isProgram(arguments[0])) {
+        showProgram(console, arguments[0]);
         return Outcome::Done;
     }
     const std::string rows = arguments.size() == 1 ? rowsOf(console.screen(), arguments[0]) : "";

@@ -4,6 +4,7 @@
 #include "command.h"
 #include "glue.h"
 #include "hints.h"
+#include "history.h"
 #include "join.h"
 #include "lines.h"
 #include "programs.h"
@@ -44,6 +45,7 @@ private:
     Outcome runCommand(const Command& command, Arguments arguments);
     void explain(const Command& command, Arguments arguments, std::chrono::milliseconds took);
     void complain(const std::string& what);
+    void tellWhereItStops(Outcome outcome, const std::string& line);
 
     bool m_onTerminal; // where complaints belong to the dialogue, and standard error to the log
     Console m_console;
@@ -55,7 +57,7 @@ private:
 
 Shell::Shell(const Options& options)
     : m_onTerminal(isatty(options.input) != 0 && isatty(fileno(options.output)) != 0),
-      m_console(options.output, m_onTerminal ? options.output : options.errors,
+      m_console(options.output, m_onTerminal || options.play >= 0 ? options.output : options.errors,
                 m_onTerminal ? Screen(fileno(options.output)) : Screen(), m_onTerminal ? options.input : -1),
       m_startGlue(options.startGlue), m_lines(m_onTerminal ? editedLines(options.input, options.output, m_console)
                                                            : plainLines(options.input, m_console)),
@@ -170,6 +172,15 @@ bool Shell::start()
     return true;
 }
 
+/** A script that nobody watches, or that is played, stops at what does not come. */
+void Shell::tellWhereItStops(Outcome outcome, const std::string& line)
+{
+    if (outcome == Outcome::Unmet && (!m_onTerminal || m_played)) {
+        const std::string text = withoutKey(line.substr(std::min(line.find_first_not_of(" \t"), line.size())));
+        m_console.complain("stopped at line %d: %s\n", m_lineNumber, printable(text).c_str());
+    }
+}
+
 /** At a terminal the person decides what comes next. */
 bool Shell::goesOnAfter(Outcome outcome)
 {
@@ -191,6 +202,7 @@ int Shell::run()
         if (outcome == Outcome::Quit) {
             return kStatusGood;
         }
+        tellWhereItStops(outcome, line);
         if (!goesOnAfter(outcome)) {
             return statusOf(outcome);
         }

@@ -35,8 +35,11 @@ TEST(ShellCauses, AnUnknownInterfaceIsNamedBesideTheKnownOnes)
               "  no interface \"\\x1b[2J\"; there are lo and eth0\n");
 }
 
-TEST(ShellCauses, ANoAboutAnUnknownInterfaceHasItsCauseToo)
+TEST(ShellCauses, AnAnswerAboutAnUnknownInterfaceHasItsCauseToo)
 {
+    fake::returns("Movo_NET_IsPhyConnected", 1); // as the call answers for it
+    EXPECT_EQ(play("link eth9\n").output, "1 yes\n  no interface \"eth9\"; there are lo and eth0\n");
+    fake::returns("Movo_NET_IsPhyConnected", 0);
     EXPECT_EQ(play("link eth9\n").output, "0 no\n  no interface \"eth9\"; there are lo and eth0\n");
     EXPECT_EQ(play("link eth0\nrunning\nnetwork\n").output, "0 no\n1 yes\n0 no\n");
 }

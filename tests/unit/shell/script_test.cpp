@@ -112,7 +112,8 @@ TEST(ShellExpect, EndsTheScriptWhenNothingComes)
     const Played played = play("echo before\nexpect IFFOUND eth0 0.01\necho after\n");
     EXPECT_EQ(played.status, 1);
     EXPECT_EQ(played.output, "before\n");
-    EXPECT_EQ(played.errors, "expected IFFOUND eth0, not called back within 0.01 s\n");
+    EXPECT_EQ(played.errors, "expected IFFOUND eth0, not called back within 0.01 s\n"
+                             "stopped at line 2: expect IFFOUND eth0 0.01\n");
 }
 
 TEST(ShellExpect, IsNotMetByAnotherInterface)
@@ -260,4 +261,12 @@ TEST(ShellScript, NoCallbackStandsInsideATable)
         EXPECT_NE(disturbed.find(table), std::string::npos) << line << disturbed;
         EXPECT_NE(disturbed.find(" IPCHANGED eth0\n"), std::string::npos) << line;
     }
+}
+
+TEST(ShellScript, TheLineThatItStopsAtIsShownWithoutAKey)
+{
+    EXPECT_EQ(play("\n  expect IFFOUND 0 # nothing\n").errors,
+              "expected IFFOUND, not called back within 0 s\nstopped at line 2: expect IFFOUND 0 # nothing\n");
+    const std::string errors = play("wifi connect \"My Home Net\" secret\n").errors;
+    EXPECT_TRUE(errors.ends_with("stopped at line 1: wifi connect \"My Home Net\" KEY\n")) << errors;
 }

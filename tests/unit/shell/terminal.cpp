@@ -17,8 +17,10 @@ constexpr auto kPatience = std::chrono::minutes(10); // only ends a test that ha
 
 [[noreturn]] void beShell(int callbacks, int played, bool colours)
 {
+    const char* const state = std::getenv("XDG_STATE_HOME");
     (void)setenv("TERM", "vt100", 1);
     (void)setenv("TZ", "UTC0", 1);
+    (void)setenv("XDG_STATE_HOME", "/proc/nowhere", state == nullptr ? 1 : 0);
     (void)setenv("NO_COLOR", colours ? "" : "1", 1);
     fake::setRunning(true);
     std::thread([callbacks] {

@@ -3,6 +3,9 @@
 #include "fake_net.h"
 #include "terminal.h"
 
+#include <cstdlib>
+#include <filesystem>
+
 TEST(ShellTerminal, RunsALineAndPromptsAgain)
 {
     Terminal terminal;
@@ -183,4 +186,22 @@ TEST(ShellTerminal, AnInterruptEndsPlaying)
     EXPECT_TRUE(terminal.prompts());
     terminal.type("echo two\r");
     EXPECT_TRUE(terminal.sees("echo two\r\ntwo\r\n"));
+}
+
+TEST(ShellTerminal, RemembersLinesOfEarlierSessions)
+{
+    char folder[] = "/tmp/shell_sessions_XXXXXX";
+    ASSERT_NE(mkdtemp(folder), nullptr);
+    (void)setenv("XDG_STATE_HOME", folder, 1);
+    {
+        Terminal first;
+        (void)first.answerTo("echo caf\u00e9");
+        (void)first.answerTo("wifi join Home \"correct horse\"");
+        first.type("quit\r");
+        EXPECT_TRUE(first.endsWith(0));
+    }
+    Terminal second;
+    second.type("\020\020\r"); // two lines before: quit, echo
+    EXPECT_TRUE(second.sees("\ncaf\u00e9\r\n"));
+    std::filesystem::remove_all(folder);
 }
