@@ -5,6 +5,7 @@
 #include "join.h"
 #include "names.h"
 #include "networks.h"
+#include "saved.h"
 #include "secret.h"
 #include "text.h"
 #include "warnings.h"
@@ -194,10 +195,23 @@ Outcome outcomeOf(End end)
     return end == End::Connected ? Outcome::Done : Outcome::Unmet;
 }
 
+/** A key that is new is saved before a lease comes. */
+bool willBeSaved(const Network& network)
+{
+    auto mode = _MOVO_NET_IPMODE_STATIC_;
+    (void)Movo_NET_GetIPMode(kAppId, network.ifname.c_str(), &mode);
+    return mode == _MOVO_NET_IPMODE_DHCP_ && network.key && rememberedKey(network.ifname, network.name) != network.key;
+}
+
 /** A verdict of its own takes the place of remarks. */
 Outcome connectAndTell(Console& console, const Network& network)
 {
+    const bool saves = willBeSaved(network);
+    const SavedFile networks(kNetworks);
     const End end = tryAndTell(console, network);
+    if (end == End::Connected && saves) {
+        networks.warnUnlessWritten(console);
+    }
     const auto left = leftNetwork();
     if (end == End::Connected || end == End::NoAddress || end == End::Interrupted || !left) {
         return outcomeOf(end);

@@ -1,5 +1,6 @@
 #include "command.h"
 #include "glue.h"
+#include "saved.h"
 #include "text.h"
 
 #include <atomic>
@@ -93,7 +94,12 @@ Outcome virgin(Console& console, Arguments /*arguments*/)
 
 Outcome setVirgin(Console& console, Arguments /*arguments*/)
 {
-    console.result(Movo_NET_SetNetworkToModeVirgin(kAppId));
+    const SavedFile settings(kSettings);
+    const RETURN_TYPE code = Movo_NET_SetNetworkToModeVirgin(kAppId);
+    console.result(code);
+    if (code == 0) {
+        settings.warnUnlessWritten(console);
+    }
     return Outcome::Done;
 }
 

@@ -1,4 +1,5 @@
 #include "calls.h"
+#include "saved.h"
 #include "text.h"
 
 #include <array>
@@ -30,7 +31,16 @@ Outcome mode(Console& console, Arguments arguments)
     if (!value) {
         return Outcome::BadArgument;
     }
-    console.result(Movo_NET_ConfigIPMode(kAppId, arguments[0].c_str(), static_cast<MovoNetIPMode_e>(*value)));
+    const char* const ifname = arguments[0].c_str();
+    const auto wanted = static_cast<MovoNetIPMode_e>(*value);
+    auto before = wanted;
+    (void)Movo_NET_GetIPMode(kAppId, ifname, &before);
+    const SavedFile settings(kSettings);
+    const RETURN_TYPE code = Movo_NET_ConfigIPMode(kAppId, ifname, wanted);
+    console.result(code);
+    if (code == 0 && before != wanted) { // the same mode again is not saved
+        settings.warnUnlessWritten(console);
+    }
     return Outcome::Done;
 }
 
@@ -88,7 +98,11 @@ Outcome fixed(Console& console, Arguments arguments)
         return Outcome::BadArgument;
     }
     const auto& [address, mask, gateway, dns1, dns2] = *wanted;
-    console.result(Movo_NET_ConfigIPStatic(kAppId, ifname, address, mask, gateway, dns1, dns2));
+    const RETURN_TYPE code = Movo_NET_ConfigIPStatic(kAppId, ifname, address, mask, gateway, dns1, dns2);
+    console.result(code);
+    if (code == 0) {
+        warnUnlessWritable(console, kSettings);
+    }
     return Outcome::Done;
 }
 

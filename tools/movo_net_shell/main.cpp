@@ -75,5 +75,6 @@ int main(int argc, char** argv)
     }
     setUp();
     options.output = takeOutput();
+    options.saved = "/data/tv/save";
     return shell::run(options);
 }

@@ -8,6 +8,7 @@
 #include "join.h"
 #include "lines.h"
 #include "programs.h"
+#include "saved.h"
 #include "text.h"
 
 #include <unistd.h>
@@ -214,6 +215,7 @@ int run(const Options& options)
 {
     catchInterrupts();
     setProgramFolder(options.programs);
+    setSavedFolder(options.saved);
     const int status = Shell(options).run();
     leaveGlue();
     return status;

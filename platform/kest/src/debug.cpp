@@ -100,6 +100,16 @@ void appendTime(Line& line, const timespec& now)
     line.beginPlace();
 }
 
+/** Messages right after an open or a write that failed, without its cause. */
+constexpr std::string_view kFailedCalls[] = {"cannot open ", "write failed", "write crc value to file failed",
+                                             "write ifaces to file failed"};
+
+bool isOfFailedCall(std::string_view format)
+{
+    return std::ranges::any_of(kFailedCalls,
+                               [&](std::string_view text) { return format.find(text) != std::string_view::npos; });
+}
+
 void writeRepeats(const timespec& now)
 {
     Line count;
@@ -183,6 +193,10 @@ void kest_debug_log(kest_debug_category* category, int level, const char* file, 
     va_end(arguments);
 
     text.fold();
+    if (level == KEST_LEVEL_ERROR && callersError != 0 && isOfFailedCall(format)) {
+        errno = callersError;
+        text.append(" (%m)");
+    }
     if (!__atomic_load_n(&s_keysAreShown, __ATOMIC_RELAXED)) {
         text.mask();
     }

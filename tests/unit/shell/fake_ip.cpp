@@ -13,6 +13,11 @@ void writeAddresses(const char* first, unsigned* ip, unsigned* mask, unsigned* g
 }
 } // namespace
 
+void fake::setMode(MovoNetIPMode_e mode)
+{
+    state().mode = mode;
+}
+
 void fake::setConnected(bool connected)
 {
     state().connected = connected;
@@ -25,7 +30,7 @@ RETURN_TYPE Movo_NET_ConfigIPMode(kest_sint32, const char* ifname, MovoNetIPMode
 
 RETURN_TYPE Movo_NET_GetIPMode(kest_sint32, const char* ifname, MovoNetIPMode_e* retval)
 {
-    return wrote(called("Movo_NET_GetIPMode", ifname), retval, _MOVO_NET_IPMODE_STATIC_);
+    return wrote(called("Movo_NET_GetIPMode", ifname), retval, state().mode);
 }
 
 RETURN_TYPE Movo_NET_GetIPStatus(kest_sint32, const char* ifname, MovoNetIPStatus_e* retval)

@@ -47,6 +47,9 @@ void setJoined(bool joined);
 /** The cipher that all networks are scanned with from now on; at first CCMP. */
 void setCipher(MovoNetWifiEncryption_e cipher);
 
+/** The IP mode of all interfaces from now on; at first static. */
+void setMode(MovoNetIPMode_e mode);
+
 /** Calls the callback, if there is one. */
 void callBack(MovoNetCBReason_e reason, const char* ifname);
 } // namespace fake

@@ -24,6 +24,7 @@ struct State {
     MovoNetWifiEncryption_e cipher = _MOVO_NET_WIFI_ENCRYP_AES_;
     bool running = false;
     bool connected = true;
+    MovoNetIPMode_e mode = _MOVO_NET_IPMODE_STATIC_;
     std::thread loop; // the glue's own thread, from start to stop
     bool stopping = false;
     MovoNetCallback_t callback = nullptr;

@@ -28,7 +28,7 @@ constexpr auto kPatience = std::chrono::minutes(10); // only ends a test that ha
             fake::callBack(_MOVO_NET_CALLBACK_IPCHANGED_, "eth0");
         }
     }).detach();
-    std::exit(shell::run({STDIN_FILENO, stdout, stderr, false, nullptr, played}));
+    std::exit(shell::run({STDIN_FILENO, stdout, stderr, false, nullptr, nullptr, played}));
 }
 } // namespace
 
