@@ -185,7 +185,7 @@ def needed(program):
 
 def test_examples_build_through_pkg_config(environment, tmp_path):
     run("make", "-C", EXAMPLES, f"BUILD={tmp_path}", env=environment)
-    for name in ("listen_c", "listen_cpp"):
+    for name in ("join_c", "listen_c", "listen_cpp"):
         assert "libmovo_net.so.0" in needed(tmp_path / name)
         assert "undefined symbol" not in run("ldd", "-r", tmp_path / name, env=environment)
 

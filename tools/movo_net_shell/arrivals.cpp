@@ -35,7 +35,8 @@ void onCallback(MovoNetCBReason_e reason, void* /*context*/, void* param)
     const char* const ifname = param != nullptr ? static_cast<const char*>(param) : "";
     {
         const std::lock_guard lock(s_lock);
-        s_arrivals.push_back({std::chrono::duration_cast<std::chrono::milliseconds>(now), reason, ifname});
+        s_arrivals.push_back(
+            {std::chrono::duration_cast<std::chrono::milliseconds>(now), std::time(nullptr), reason, ifname});
         if (reason == _MOVO_NET_CALLBACK_SOFTAPCONNECTED_) {
             s_device = softap_connectinfo; // may be read only here
         }

@@ -3,6 +3,7 @@
 #define MOVO_NET_SHELL_ARRIVALS_H
 
 #include <chrono>
+#include <ctime>
 #include <movo_net.h>
 #include <string>
 #include <vector>
@@ -11,6 +12,7 @@ namespace shell {
 /** One callback. */
 struct Arrival {
     std::chrono::milliseconds time; // monotonic, as in the log
+    std::time_t wall;               // of the day
     MovoNetCBReason_e reason;
     std::string ifname;
 };

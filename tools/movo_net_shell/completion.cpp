@@ -42,6 +42,14 @@ Words alternatives(const std::string& parameter)
     return bar == std::string::npos ? Words{} : Words{parameter.substr(0, bar), parameter.substr(bar + 1)};
 }
 
+/** Arguments that have named values. */
+struct Named {
+    const char* parameter;
+    std::span<const Name> (*values)();
+};
+constexpr Named kNamed[] = {
+    {"MODE", modeNames}, {"WAY", wpsNames}, {"WISH", wishNames}, {"REASON", reasonNames}, {"LEVEL", levelNames}};
+
 Words valuesFor(const std::string& parameter)
 {
     if (parameter == "IFACE") {
@@ -50,22 +58,11 @@ Words valuesFor(const std::string& parameter)
     if (parameter == "NAME") {
         return networkNames();
     }
-    if (parameter == "MODE") {
-        return textsOf(modeNames());
+    if (parameter == "COMMAND|SUBJECT") {
+        return nameWords({});
     }
-    if (parameter == "WAY") {
-        return textsOf(wpsNames());
-    }
-    if (parameter == "WISH") {
-        return textsOf(wishNames());
-    }
-    if (parameter == "REASON") {
-        return textsOf(reasonNames());
-    }
-    if (parameter == "LEVEL") {
-        return textsOf(levelNames());
-    }
-    return parameter == "COMMAND|SUBJECT" ? nameWords({}) : alternatives(parameter);
+    const Words values = namedValues(parameter);
+    return values.empty() ? alternatives(parameter) : values;
 }
 
 /** What may stand after the words before. */
@@ -85,6 +82,16 @@ Words following(const Words& before)
     return words;
 }
 } // namespace
+
+std::vector<std::string> namedValues(const std::string& parameter)
+{
+    for (const auto& [name, values] : kNamed) {
+        if (parameter == name) {
+            return textsOf(values());
+        }
+    }
+    return {};
+}
 
 Completion completionOf(std::string_view beforeCursor)
 {

@@ -16,6 +16,9 @@ struct Completion {
 /** For the text from the line's beginning to the cursor. */
 Completion completionOf(std::string_view beforeCursor);
 
+/** The values of an argument that the glue has names for; none of any other. */
+std::vector<std::string> namedValues(const std::string& parameter);
+
 /** The beginning that all words share, in whole characters. */
 std::string commonBeginning(const std::vector<std::string>& words);
 

@@ -1,6 +1,7 @@
 /** Lines with editing, history and completion, by libedit. */
 #include "characters.h"
 #include "completion.h"
+#include "history.h"
 #include "lines.h"
 #include "text.h"
 
@@ -11,8 +12,6 @@
 
 namespace shell {
 namespace {
-constexpr int kHistorySize = 200;
-
 class EditedLines : public Lines {
 public:
     EditedLines(int input, std::FILE* output, Console& console);
@@ -57,6 +56,9 @@ EditedLines::EditedLines(int input, std::FILE* output, Console& console)
     HistEventW event;
     (void)history_w(m_history, &event, H_SETSIZE, kHistorySize);
     (void)history_w(m_history, &event, H_SETUNIQUE, 1);
+    for (const std::string& line : keptLines()) {
+        (void)history_w(m_history, &event, H_ENTER, wide(line).c_str());
+    }
     (void)el_set(m_editor, EL_CLIENTDATA, this);
     (void)el_set(m_editor, EL_EDITOR, "emacs");
     (void)el_set(m_editor, EL_PROMPT, prompt);
@@ -96,6 +98,7 @@ Read EditedLines::next(std::string& line)
     if (line.find_first_not_of(" \t") != std::string::npos) {
         HistEventW event;
         (void)history_w(m_history, &event, H_ENTER, wide(line).c_str());
+        keepLine(line);
     }
     return line.size() > kLongestLine ? Read::TooLong : Read::Line;
 }

@@ -16,6 +16,7 @@ constexpr RETURN_TYPE kFailed = 1;
 
 bool (*s_becomeHost)();
 int s_users; // starts without a stop
+bool s_stopped;
 
 void install()
 {
@@ -90,7 +91,14 @@ RETURN_TYPE startGlue()
 RETURN_TYPE stopGlue()
 {
     s_users -= s_users > 0 ? 1 : 0;
-    return Movo_NET_Glue_Exit();
+    const RETURN_TYPE code = Movo_NET_Glue_Exit();
+    s_stopped = s_stopped || (code == 0 && s_users == 0);
+    return code;
+}
+
+bool wasStopped()
+{
+    return s_stopped;
 }
 
 void leaveGlue()

@@ -19,6 +19,9 @@ RETURN_TYPE startGlue();
 /** Takes one user away. */
 RETURN_TYPE stopGlue();
 
+/** Whether the last user was taken away. */
+bool wasStopped();
+
 /** Takes away the users that are left. */
 void leaveGlue();
 

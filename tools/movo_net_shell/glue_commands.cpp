@@ -1,5 +1,6 @@
 #include "command.h"
 #include "glue.h"
+#include "saved.h"
 #include "text.h"
 
 #include <atomic>
@@ -35,7 +36,8 @@ Outcome join(Console& console, Arguments arguments)
         return Outcome::Done;
     }
     (void)pthread_detach(waiter);
-    const Wait wait = console.pass(time ? in(*time) : kNoDeadline, [] { return s_ended.load(); });
+    const Wait wait = console.pass(time ? in(*time) : kNoDeadline, "waiting for the end of the event thread",
+                                   [] { return s_ended.load(); });
     if (wait == Wait::Interrupted) {
         return Outcome::Interrupted;
     }
@@ -92,7 +94,12 @@ Outcome virgin(Console& console, Arguments /*arguments*/)
 
 Outcome setVirgin(Console& console, Arguments /*arguments*/)
 {
-    console.result(Movo_NET_SetNetworkToModeVirgin(kAppId));
+    const SavedFile settings(kSettings);
+    const RETURN_TYPE code = Movo_NET_SetNetworkToModeVirgin(kAppId);
+    console.result(code);
+    if (code == 0) {
+        settings.warnUnlessWritten(console);
+    }
     return Outcome::Done;
 }
 

@@ -1,4 +1,5 @@
 #include "calls.h"
+#include "saved.h"
 #include "text.h"
 
 namespace shell {
@@ -20,6 +21,17 @@ Outcome name(Console& console, Arguments arguments)
     return Outcome::Done;
 }
 
+Outcome enable(Console& console, Arguments arguments)
+{
+    const SavedFile settings(kSettings);
+    const RETURN_TYPE code = Movo_NET_EnableIface(kAppId, arguments[0].c_str());
+    console.result(code);
+    if (code == 0) {
+        settings.warnUnlessWritten(console);
+    }
+    return Outcome::Done;
+}
+
 Outcome disableAll(Console& console, Arguments /*arguments*/)
 {
     console.result(Movo_NET_DisableAllIfaces(kAppId));
@@ -35,7 +47,12 @@ Outcome priority(Console& console, Arguments arguments)
     if (!value) {
         return Outcome::BadArgument;
     }
-    console.result(Movo_NET_SetIfacePriority(kAppId, arguments[0].c_str(), *value));
+    const SavedFile settings(kSettings);
+    const RETURN_TYPE code = Movo_NET_SetIfacePriority(kAppId, arguments[0].c_str(), *value);
+    console.result(code);
+    if (code == 0) {
+        settings.warnUnlessWritten(console);
+    }
     return Outcome::Done;
 }
 
@@ -63,8 +80,7 @@ std::span<const Command> ifaceCommands()
          readIface<long long, Movo_NET_GetIfaceMacAddress>},
         {kSubject, "throughput", "IFACE", "shows its throughput", "Movo_NET_GetIfaceThroughput",
          readIface<int, Movo_NET_GetIfaceThroughput>},
-        {kSubject, "enable", "IFACE", "marks it as wanted and brings it up", "Movo_NET_EnableIface",
-         act<Movo_NET_EnableIface>},
+        {kSubject, "enable", "IFACE", "marks it as wanted and brings it up", "Movo_NET_EnableIface", enable},
         {kSubject, "disable", "IFACE", "marks it as not wanted and takes it down", "Movo_NET_DisableIface",
          act<Movo_NET_DisableIface>},
         {kSubject, "disable-all", "", "marks every interface as not wanted", "Movo_NET_DisableAllIfaces", disableAll},

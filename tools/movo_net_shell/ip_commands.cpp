@@ -1,4 +1,5 @@
 #include "calls.h"
+#include "saved.h"
 #include "text.h"
 
 #include <array>
@@ -30,7 +31,30 @@ Outcome mode(Console& console, Arguments arguments)
     if (!value) {
         return Outcome::BadArgument;
     }
-    console.result(Movo_NET_ConfigIPMode(kAppId, arguments[0].c_str(), static_cast<MovoNetIPMode_e>(*value)));
+    const char* const ifname = arguments[0].c_str();
+    const auto wanted = static_cast<MovoNetIPMode_e>(*value);
+    auto before = wanted;
+    (void)Movo_NET_GetIPMode(kAppId, ifname, &before);
+    const SavedFile settings(kSettings);
+    const RETURN_TYPE code = Movo_NET_ConfigIPMode(kAppId, ifname, wanted);
+    console.result(code);
+    if (code == 0 && before != wanted) { // the same mode again is not saved
+        settings.warnUnlessWritten(console);
+    }
+    return Outcome::Done;
+}
+
+/** The call goes on with the state of the last connection when that is lost. */
+Outcome state(Console& console, Arguments arguments)
+{
+    MovoNetIPStatus_e value{};
+    kest_bool isConnected = 1;
+    const RETURN_TYPE code = Movo_NET_GetIPStatus(kAppId, arguments[0].c_str(), &value);
+    (void)Movo_NET_IsConnected(kAppId, arguments[0].c_str(), &isConnected);
+    console.result(code, textOf(value));
+    if (code == 0 && isConnected == 0 && value == _MOVO_NET_IPSTATUS_DHCP_GOT_) {
+        console.print("  of the last connection, which is lost\n");
+    }
     return Outcome::Done;
 }
 
@@ -74,7 +98,11 @@ Outcome fixed(Console& console, Arguments arguments)
         return Outcome::BadArgument;
     }
     const auto& [address, mask, gateway, dns1, dns2] = *wanted;
-    console.result(Movo_NET_ConfigIPStatic(kAppId, ifname, address, mask, gateway, dns1, dns2));
+    const RETURN_TYPE code = Movo_NET_ConfigIPStatic(kAppId, ifname, address, mask, gateway, dns1, dns2);
+    console.result(code);
+    if (code == 0) {
+        warnUnlessWritable(console, kSettings);
+    }
     return Outcome::Done;
 }
 
@@ -96,8 +124,8 @@ std::span<const Command> ipCommands()
     static constexpr Command kCommands[] = {
         {kSubject, "mode", "IFACE [MODE]", "shows or sets how: dhcp, autoip, static or dnsonly",
          "Movo_NET_GetIPMode Movo_NET_ConfigIPMode", mode},
-        {kSubject, "state", "IFACE", "shows the state of its address", "Movo_NET_GetIPStatus",
-         readIface<MovoNetIPStatus_e, Movo_NET_GetIPStatus>},
+        {kSubject, "state", "IFACE", "shows the state of its address", "Movo_NET_GetIPStatus Movo_NET_IsConnected",
+         state},
         {kSubject, "ip", "IFACE", "shows its current addresses", "Movo_NET_GetIP", ip},
         {kSubject, "static", "IFACE [ADDRESS MASK GATEWAY DNS1 [DNS2]]",
          "shows or stores the addresses of its static modes", "Movo_NET_GetIPStatic Movo_NET_ConfigIPStatic", fixed},

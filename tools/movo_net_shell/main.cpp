@@ -8,6 +8,7 @@
 #include <kest.h>
 #include <movo_net.h>
 #include <movo_net_tools.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -52,6 +53,12 @@ std::FILE* takeOutput()
     return output;
 }
 
+bool isFolder(const char* path)
+{
+    struct stat found = {};
+    return stat(path, &found) == 0 && S_ISDIR(found.st_mode);
+}
+
 /** What the platform does for a program that hosts the glue. */
 void setUp()
 {
@@ -70,6 +77,10 @@ int main(int argc, char** argv)
             options.startGlue = false;
         } else if (std::strcmp(argv[i], "--programs") == 0 && i + 1 < argc) {
             options.programs = argv[++i];
+            if (!isFolder(options.programs)) {
+                (void)std::fprintf(stderr, "no folder of programs: %s\n", options.programs);
+                return shell::kStatusNotUnderstood;
+            }
         } else if (std::strcmp(argv[i], "--play") == 0 && i + 1 < argc) {
             options.play = open(argv[++i], O_RDONLY | O_CLOEXEC);
             if (options.play < 0) {
@@ -93,5 +104,6 @@ int main(int argc, char** argv)
     options.becomeHost = becomeHost;
     setUp();
     options.output = takeOutput();
+    options.saved = "/data/tv/save";
     return shell::run(options);
 }

@@ -2,6 +2,7 @@
 
 #include "glue.h"
 #include "names.h"
+#include "quiet_log.h"
 #include "text.h"
 
 namespace shell {
@@ -21,30 +22,10 @@ std::string fact(const char* ifname, const char* essid)
     return code == 0 ? textOf(value) : "-";
 }
 
-/** The name of the joined network; empty when there is none. */
-std::string joinedName(const char* ifname)
-{
-    char name[kNameSize] = "";
-    (void)Movo_NET_WifiGetConnectedEss(kAppId, ifname, name, sizeof(name));
-    return name;
-}
-
 std::string joined(const char* ifname, const char* essid)
 {
     return joinedName(ifname) == essid ? "yes" : "no";
 }
-
-/** Keeps questions whose failure means nothing out of the log. */
-class QuietLog {
-public:
-    QuietLog() : m_level(__atomic_exchange_n(&__kest_debug_min, KEST_LEVEL_NONE, __ATOMIC_RELAXED)) {}
-    ~QuietLog() { __atomic_store_n(&__kest_debug_min, m_level, __ATOMIC_RELAXED); }
-    QuietLog(const QuietLog&) = delete;
-    QuietLog& operator=(const QuietLog&) = delete;
-
-private:
-    int m_level;
-};
 
 /** A network is remembered when its key can be read. */
 std::string remembered(const char* ifname, const char* essid)
@@ -55,38 +36,19 @@ std::string remembered(const char* ifname, const char* essid)
     return Movo_NET_WifiGetKey(kAppId, ifname, essid, key, &length) == 0 ? "yes" : "no";
 }
 
-/** A fact of a network: its name in `wifi info`, and how wide its column is in `wifi list`, 0 for none. */
-struct Fact {
-    const char* label;
-    std::size_t width;
-    std::string (*value)(const char* ifname, const char* essid);
-};
 constexpr Fact kFacts[] = {
-    {"name", 34, [](const char*, const char* essid) { return printable(essid); }},
-    {"bssid", 19, fact<long long, Movo_NET_WifiGetBssidEss>},
-    {"signal", 8, fact<int, Movo_NET_WifiGetSignalEss>},
-    {"frequency", 0, fact<int, Movo_NET_WifiGetFrequencyEss>},
-    {"channel", 9, fact<int, Movo_NET_WifiGetChannelEss>},
-    {"security", 10, fact<MovoNetWifiSecurity_e, Movo_NET_WifiGetSecurityEss>},
-    {"cipher", 11, fact<MovoNetWifiEncryption_e, Movo_NET_WifiGetEncryptionEss>},
-    {"wps", 5, fact<kest_bool, Movo_NET_WifiIsWPS>},
-    {"priority", 0, fact<int, Movo_NET_WifiGetPriorityEss>},
-    {"joined", 8, joined},
-    {"remembered", 12, remembered},
+    {"name", 34, Fact::kAlways, [](const char*, const char* essid) { return printable(essid); }},
+    {"bssid", 19, 1, fact<long long, Movo_NET_WifiGetBssidEss>},
+    {"signal", 8, Fact::kAlways, fact<int, Movo_NET_WifiGetSignalEss>, true},
+    {"frequency", 0, 0, fact<int, Movo_NET_WifiGetFrequencyEss>},
+    {"channel", 9, 5, fact<int, Movo_NET_WifiGetChannelEss>},
+    {"security", 10, Fact::kAlways, fact<MovoNetWifiSecurity_e, Movo_NET_WifiGetSecurityEss>},
+    {"cipher", 11, 2, fact<MovoNetWifiEncryption_e, Movo_NET_WifiGetEncryptionEss>},
+    {"wps", 5, 3, fact<kest_bool, Movo_NET_WifiIsWPS>},
+    {"priority", 0, 0, fact<int, Movo_NET_WifiGetPriorityEss>},
+    {"joined", 8, Fact::kMarked, joined},
+    {"remembered", 12, 4, remembered},
 };
-
-/** One line of the list; without a network its head. */
-std::string listLine(const char* ifname, const char* essid)
-{
-    std::string line;
-    for (const Fact& each : kFacts) {
-        if (each.width > 0) {
-            line += padded(essid != nullptr ? each.value(ifname, essid) : each.label, each.width);
-        }
-    }
-    line.erase(line.find_last_not_of(' ') + 1);
-    return line + "\n";
-}
 
 void showLine(Console& console, const char* label, const std::string& value)
 {
@@ -121,41 +83,44 @@ void chooseWifi(const std::string& ifname)
     s_chosen = ifname;
 }
 
-std::vector<std::string> networkNames()
+std::string joinedName(const char* ifname)
+{
+    char name[kNameSize] = "";
+    (void)Movo_NET_WifiGetConnectedEss(kAppId, ifname, name, sizeof(name));
+    return name;
+}
+
+std::vector<std::string> tableNames(const std::string& ifname)
 {
     std::vector<std::string> names;
-    const QuietLog quiet;
-    const std::string ifname = wifiName();
     int count = 0;
-    if (Movo_NET_IsInitializationDone(kAppId) == 0 || Movo_NET_GetNumOfWifiEsss(kAppId, ifname.c_str(), &count) != 0) {
+    if (Movo_NET_GetNumOfWifiEsss(kAppId, ifname.c_str(), &count) != 0) {
         return names;
     }
     for (int index = 0; index < count; ++index) {
         char name[kNameSize] = "";
-        if (Movo_NET_WifiGetSsidEss(kAppId, ifname.c_str(), index, name) == 0 && name[0] != '\0') {
+        if (Movo_NET_WifiGetSsidEss(kAppId, ifname.c_str(), index, name) == 0) {
             names.emplace_back(name);
         }
     }
     return names;
 }
 
-Outcome listNetworks(Console& console, Arguments /*arguments*/)
+std::vector<std::string> networkNames()
 {
+    const QuietLog quiet;
     const std::string ifname = wifiName();
-    int count = 0;
-    const RETURN_TYPE code = Movo_NET_GetNumOfWifiEsss(kAppId, ifname.c_str(), &count);
-    console.result(code, textOf(count));
-    if (code != 0) {
-        return Outcome::Done;
+    if (Movo_NET_IsInitializationDone(kAppId) == 0) {
+        return {};
     }
-    console.print("%s", listLine(ifname.c_str(), nullptr).c_str());
-    for (int index = 0; index < count; ++index) {
-        char name[kNameSize] = "";
-        if (Movo_NET_WifiGetSsidEss(kAppId, ifname.c_str(), index, name) == 0) {
-            console.print("%s", listLine(ifname.c_str(), name).c_str());
-        }
-    }
-    return Outcome::Done;
+    std::vector<std::string> names = tableNames(ifname);
+    std::erase(names, "");
+    return names;
+}
+
+std::span<const Fact> networkFacts()
+{
+    return kFacts;
 }
 
 Outcome showNetwork(Console& console, Arguments arguments)

@@ -14,8 +14,27 @@ std::string wifiName();
 /** Chooses it; an empty name goes back to the first wireless one. */
 void chooseWifi(const std::string& ifname);
 
+/** The name of the joined network; empty when there is none. */
+std::string joinedName(const char* ifname);
+
+/** The names of the table, as they come. */
+std::vector<std::string> tableNames(const std::string& ifname);
+
 /** The networks of the table; none, without a word in the log, where they cannot be read. */
 std::vector<std::string> networkNames();
+
+/** A fact of a network: its name in `wifi info`, and its column in `wifi list`. */
+struct Fact {
+    static constexpr int kAlways = 100; ///< The column stays however narrow the terminal is.
+    static constexpr int kMarked = 101; ///< On a terminal a mark stands for the column.
+
+    const char* label;
+    std::size_t width; // of the column in a file or a pipe; 0: there is none
+    int importance;    // on a narrow terminal the column of the lowest goes first
+    std::string (*value)(const char* ifname, const char* essid);
+    bool isSignal = false;
+};
+std::span<const Fact> networkFacts();
 
 /** `wifi list`, `wifi info NAME` and `wifi status`. */
 Outcome listNetworks(Console& console, Arguments arguments);

@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <dirent.h>
 #include <fcntl.h>
+#include <fstream>
 #include <memory>
 #include <spawn.h>
 #include <sys/wait.h>
@@ -13,6 +14,8 @@
 
 namespace shell {
 namespace {
+constexpr std::size_t kLongestHelp = 2000;
+
 std::string s_folder; // set before the first line is read
 
 std::string pathOf(const std::string& name)
@@ -70,6 +73,22 @@ std::vector<std::string> programNames()
     }
     std::ranges::sort(names);
     return names;
+}
+
+ProgramHelp programHelp(const std::string& name)
+{
+    std::string comment;
+    std::ifstream script(pathOf(name));
+    std::string line;
+    const bool isScript = std::getline(script, line) && line.starts_with("#!");
+    while (isScript && comment.size() < kLongestHelp && std::getline(script, line) && line.starts_with("# ")) {
+        comment += (comment.empty() ? "" : " ") + line.substr(2);
+    }
+    const std::size_t colon = comment.find(": ");
+    if (!comment.starts_with(name) || colon == std::string::npos) {
+        return {name, comment};
+    }
+    return {comment.substr(0, colon), comment.substr(colon + 2)};
 }
 
 Outcome runProgram(Console& console, Arguments words)

@@ -11,6 +11,13 @@ void setProgramFolder(const char* folder);
 /** The names, sorted. */
 std::vector<std::string> programNames();
 
+/** What a program says of itself: "# NAME ARGUMENTS: what it does", on the lines below the first one of a script. */
+struct ProgramHelp {
+    std::string usage;
+    std::string text; // empty when it says nothing
+};
+ProgramHelp programHelp(const std::string& name);
+
 /** Whether a word names one. */
 bool isProgram(const std::string& word);
 

@@ -18,7 +18,7 @@ bool never()
 
 Outcome letPass(Console& console, Deadline deadline)
 {
-    return console.pass(deadline, never) == Wait::Interrupted ? Outcome::Interrupted : Outcome::Done;
+    return console.pass(deadline, "watching", never) == Wait::Interrupted ? Outcome::Interrupted : Outcome::Done;
 }
 
 Outcome watch(Console& console, Arguments arguments)
@@ -58,8 +58,10 @@ Outcome expect(Console& console, Arguments arguments)
     if (!expected) {
         return Outcome::BadArgument;
     }
+    const std::string name =
+        nameOf(reasonNames(), expected->reason) + (expected->ifname.empty() ? "" : " ") + printable(expected->ifname);
     const auto arrived = [&] { return console.takeExpected(expected->reason, expected->ifname); };
-    switch (console.pass(in(expected->timeout), arrived)) {
+    switch (console.pass(in(expected->timeout), "waiting for " + name, arrived)) {
     case Wait::Done:
         return Outcome::Done;
     case Wait::Interrupted:
@@ -68,9 +70,8 @@ Outcome expect(Console& console, Arguments arguments)
         break;
     }
     console.forgetShown();
-    console.complain("expected %s%s%s, not called back within %.3g s\n",
-                     nameOf(reasonNames(), expected->reason).c_str(), expected->ifname.empty() ? "" : " ",
-                     printable(expected->ifname).c_str(), static_cast<double>(expected->timeout.count()) / 1000);
+    console.complain("expected %s, not called back within %.3g s\n", name.c_str(),
+                     static_cast<double>(expected->timeout.count()) / 1000);
     return Outcome::Unmet;
 }
 
@@ -115,6 +116,8 @@ std::span<const Command> scriptCommands()
          "waits for a callback, 30 s unless told; a script ends without it", "", expect},
         {kSubject, "echo", "[TEXT...]", "prints its words", "", echo},
         {kSubject, "log", "[LEVEL]", "shows or sets what is logged, from none to log", "", log},
+        {kSubject, "?", "[COMMAND|SUBJECT...]", "the same as help", "", help},
+        {kSubject, "exit", "", "the same as quit", "", quit},
         {kSubject, "quit", "", "stops the glue and leaves, as the end of the input does", "", quit},
     };
     return kCommands;

@@ -1,9 +1,14 @@
 #include "shell.h"
 
+#include "causes.h"
 #include "command.h"
 #include "glue.h"
+#include "hints.h"
+#include "history.h"
+#include "join.h"
 #include "lines.h"
 #include "programs.h"
+#include "saved.h"
 #include "text.h"
 
 #include <unistd.h>
@@ -39,7 +44,9 @@ private:
     bool goesOnAfter(Outcome outcome);
     Outcome runLine(const std::string& line);
     Outcome runCommand(const Command& command, Arguments arguments);
+    void explain(const Command& command, Arguments arguments, std::chrono::milliseconds took);
     void complain(const std::string& what);
+    void tellWhereItStops(Outcome outcome, const std::string& line);
 
     bool m_onTerminal; // where complaints belong to the dialogue, and standard error to the log
     Console m_console;
@@ -51,9 +58,10 @@ private:
 
 Shell::Shell(const Options& options)
     : m_onTerminal(isatty(options.input) != 0 && isatty(fileno(options.output)) != 0),
-      m_console(options.output, m_onTerminal ? options.output : options.errors), m_startGlue(options.startGlue),
-      m_lines(m_onTerminal ? editedLines(options.input, options.output, m_console)
-                           : plainLines(options.input, m_console)),
+      m_console(options.output, m_onTerminal || options.play >= 0 ? options.output : options.errors,
+                m_onTerminal ? Screen(fileno(options.output)) : Screen(), m_onTerminal ? options.input : -1),
+      m_startGlue(options.startGlue), m_lines(m_onTerminal ? editedLines(options.input, options.output, m_console)
+                                                           : plainLines(options.input, m_console)),
       m_played(options.play < 0 ? nullptr : plainLines(options.play, m_console))
 {
 }
@@ -62,7 +70,7 @@ Shell::Shell(const Options& options)
 void Shell::complain(const std::string& what)
 {
     if (m_onTerminal && !m_played) {
-        m_console.complain("%s\n", what.c_str());
+        m_console.complain("%s\n", m_console.screen().wrapped(what, 2).c_str());
     } else {
         m_console.complain("line %d: %s\n", m_lineNumber, what.c_str());
     }
@@ -71,14 +79,27 @@ void Shell::complain(const std::string& what)
 Outcome Shell::runCommand(const Command& command, Arguments arguments)
 {
     const Parameters parameters = parametersOf(command);
+    const auto begin = std::chrono::steady_clock::now();
     Outcome outcome = Outcome::BadArgument;
     if (arguments.size() >= parameters.least && arguments.size() <= parameters.most) {
         outcome = command.run(m_console, arguments);
     }
     if (outcome == Outcome::BadArgument) {
-        complain("usage: " + usageOf(command));
+        complain(wrongArguments(command, arguments));
     }
+    const auto took = std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - begin);
+    explain(command, arguments, took);
     return outcome;
+}
+
+/** One line below a result that was no success. */
+void Shell::explain(const Command& command, Arguments arguments, std::chrono::milliseconds took)
+{
+    const auto shortfall = m_console.takeShortfall();
+    const std::string cause = shortfall ? causeOf({command, arguments, *shortfall, took}) : "";
+    if (!cause.empty()) {
+        m_console.print("  %s\n", m_console.screen().wrapped(cause, 2).c_str());
+    }
 }
 
 Outcome Shell::runLine(const std::string& line)
@@ -97,7 +118,7 @@ Outcome Shell::runLine(const std::string& line)
         return runProgram(m_console, *words);
     }
     if (command == nullptr) {
-        complain("unknown command: " + printable(words->front()) + "; help lists them");
+        complain(unknownCommand(*words));
         return Outcome::BadArgument;
     }
     return runCommand(*command, std::span(*words).subspan(length));
@@ -121,6 +142,7 @@ Read Shell::next(std::string& line)
 Outcome Shell::perform(Read read, const std::string& line)
 {
     m_lineNumber++;
+    m_console.beginCommand();
     switch (read) {
     case Read::Line:
         return runLine(line);
@@ -138,6 +160,7 @@ Outcome Shell::perform(Read read, const std::string& line)
 bool Shell::start()
 {
     if (m_onTerminal) {
+        (void)m_console.remarkWith(remarkOn);
         m_console.print("The network glue of the set; help lists the commands.\n");
     }
     if (m_startGlue) {
@@ -148,6 +171,15 @@ bool Shell::start()
         }
     }
     return true;
+}
+
+/** A script that nobody watches, or that is played, stops at what does not come. */
+void Shell::tellWhereItStops(Outcome outcome, const std::string& line)
+{
+    if (outcome == Outcome::Unmet && (!m_onTerminal || m_played)) {
+        const std::string text = withoutKey(line.substr(std::min(line.find_first_not_of(" \t"), line.size())));
+        m_console.complain("stopped at line %d: %s\n", m_lineNumber, printable(text).c_str());
+    }
 }
 
 /** At a terminal the person decides what comes next. */
@@ -171,6 +203,7 @@ int Shell::run()
         if (outcome == Outcome::Quit) {
             return kStatusGood;
         }
+        tellWhereItStops(outcome, line);
         if (!goesOnAfter(outcome)) {
             return statusOf(outcome);
         }
@@ -183,6 +216,7 @@ int run(const Options& options)
     catchInterrupts();
     setHostCheck(options.becomeHost);
     setProgramFolder(options.programs);
+    setSavedFolder(options.saved);
     const int status = Shell(options).run();
     leaveGlue();
     return status;

@@ -11,9 +11,10 @@ enum Status { kStatusGood = 0, kStatusUnmet = 1, kStatusNotUnderstood = 2, kStat
 struct Options {
     int input; // descriptor that the lines come from
     std::FILE* output;
-    std::FILE* errors;
+    std::FILE* errors;              // complaints; those about what is played, or at a terminal, go to the output
     bool startGlue;                 // before the first line
     const char* programs = nullptr; // folder whose programs are commands too
+    const char* saved = nullptr;    // folder of the files that calls write: a warning when they do not
     int play = -1;                  // descriptor whose lines are shown and run before those of the input
     bool (*becomeHost)() = nullptr; // asked before each start; false: another process hosts the glue
 };

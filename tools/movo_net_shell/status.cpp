@@ -7,7 +7,7 @@ namespace {
 constexpr auto kSubject = "interface";
 constexpr std::size_t kLabelWidth = 14;
 constexpr std::size_t kColumnWidth = 20; // a MAC address and some blanks
-constexpr std::size_t kColumns = 3;
+constexpr std::size_t kColumns = 3;      // where no terminal says how many fit
 
 template <typename Value, RETURN_TYPE (*call)(kest_sint32, const char*, Value*)>
 std::string cell(const char* ifname)
@@ -44,6 +44,20 @@ std::string address(const char* ifname)
     return code == 0 ? addressText(now[Which]) : "-";
 }
 
+/** The call goes on with the state of the last connection when that is lost. */
+std::string state(const char* ifname)
+{
+    kest_bool isConnected = 1;
+    (void)Movo_NET_IsConnected(kAppId, ifname, &isConnected);
+    const std::string text = cell<MovoNetIPStatus_e, Movo_NET_GetIPStatus>(ifname);
+    return isConnected == 0 && text == textOf(_MOVO_NET_IPSTATUS_DHCP_GOT_) ? "lost" : text;
+}
+
+std::size_t columnsOn(const Screen& screen)
+{
+    return screen.isTerminal() ? std::max<std::size_t>((screen.columns() - kLabelWidth) / kColumnWidth, 1) : kColumns;
+}
+
 /** One line of the table. */
 struct Row {
     const char* label;
@@ -59,7 +73,7 @@ constexpr Row kRows[] = {
     {"connected", cell<kest_bool, Movo_NET_IsConnected>},
     {"priority", cell<int, Movo_NET_GetIfacePriority>},
     {"mode", cell<MovoNetIPMode_e, Movo_NET_GetIPMode>},
-    {"state", cell<MovoNetIPStatus_e, Movo_NET_GetIPStatus>},
+    {"state", state},
     {"address", address<0>},
     {"mask", address<1>},
     {"gateway", address<2>},
@@ -90,8 +104,9 @@ Outcome status(Console& console, Arguments /*arguments*/)
     }
     std::string text;
     const std::vector<std::string> ifnames = interfaceNames();
-    for (std::size_t at = 0; at < ifnames.size(); at += kColumns) {
-        text += tableOf(std::span(ifnames).subspan(at, std::min(kColumns, ifnames.size() - at))) + "\n";
+    const std::size_t columns = columnsOn(console.screen());
+    for (std::size_t at = 0; at < ifnames.size(); at += columns) {
+        text += tableOf(std::span(ifnames).subspan(at, std::min(columns, ifnames.size() - at))) + "\n";
     }
     console.print("%sthe network %s\n", text.c_str(), Movo_NET_IsNetworkOK(kAppId) != 0 ? "works" : "does not work");
     return Outcome::Done;

@@ -133,6 +133,15 @@ std::optional<bool> parseSwitch(const std::string& text)
     return text == "on";
 }
 
+std::string clockText(std::time_t time)
+{
+    std::tm parts = {};
+    char text[sizeof("00:00:00")] = "";
+    (void)localtime_r(&time, &parts);
+    (void)std::strftime(text, sizeof(text), "%H:%M:%S", &parts);
+    return text;
+}
+
 std::string addressText(unsigned address)
 {
     char text[INET_ADDRSTRLEN] = "";
@@ -151,14 +160,38 @@ std::string macText(long long address)
     return text;
 }
 
-std::string padded(std::string text, std::size_t width)
+std::size_t shownColumns(std::string_view text)
 {
     std::size_t shown = 0;
-    for (std::size_t at = 0; at < text.size();) {
+    while (!text.empty()) {
+        const Character first = firstCharacter(text);
+        shown += first.columns();
+        text.remove_prefix(first.length);
+    }
+    return shown;
+}
+
+std::string shortened(const std::string& text, std::size_t width)
+{
+    if (shownColumns(text) <= width) {
+        return text;
+    }
+    std::size_t shown = 1; // the ellipsis
+    std::size_t at = 0;
+    while (at < text.size()) {
         const Character each = firstCharacter(std::string_view(text).substr(at));
+        if (shown + each.columns() > width) {
+            break;
+        }
         shown += each.columns();
         at += each.length;
     }
+    return text.substr(0, at) + "…";
+}
+
+std::string padded(std::string text, std::size_t width)
+{
+    const std::size_t shown = shownColumns(text);
     return text.append(shown < width ? width - shown : 1, ' ');
 }
 
@@ -169,6 +202,11 @@ std::string printable(std::string_view text)
         safe += shownCharacter(text);
     }
     return safe;
+}
+
+std::string asWord(const std::string& text)
+{
+    return !text.empty() && typed(text, false) == text ? text : "\"" + typed(text, true) + "\"";
 }
 
 std::string typed(std::string_view text, bool inQuotes)

@@ -3,6 +3,7 @@
 #define MOVO_NET_SHELL_TEXT_H
 
 #include <chrono>
+#include <ctime>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -38,6 +39,9 @@ std::optional<unsigned> parseAddress(const std::string& text);
 /** "on" or "off". */
 std::optional<bool> parseSwitch(const std::string& text);
 
+/** The time of day, to the second. */
+std::string clockText(std::time_t time);
+
 /** A dotted quad of an address in network byte order. */
 std::string addressText(unsigned address);
 
@@ -49,6 +53,15 @@ std::string printable(std::string_view text);
 
 /** Text as a part of a word that is typed, within quotes or not. */
 std::string typed(std::string_view text, bool inQuotes);
+
+/** Text as one word of a line that is typed, in quotes if it needs them. */
+std::string asWord(const std::string& text);
+
+/** How wide a text is on a terminal. */
+std::size_t shownColumns(std::string_view text);
+
+/** The text, or as much of it as is that wide with an ellipsis at the end. */
+std::string shortened(const std::string& text, std::size_t width);
 
 /** Text with blanks after it, as wide as that on a terminal; a wider one with one blank. */
 std::string padded(std::string text, std::size_t width);

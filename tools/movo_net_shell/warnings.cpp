@@ -1,11 +1,12 @@
 #include "warnings.h"
 
 #include "glue.h"
+#include "networks.h"
+#include "quiet_log.h"
 #include "text.h"
 
 #include <algorithm>
 #include <set>
-#include <vector>
 
 namespace shell {
 namespace {
@@ -13,31 +14,13 @@ constexpr std::size_t kPinDigits = 8;
 
 std::set<std::string> s_secured;
 
-std::vector<std::string> namesOfTable(const std::string& ifname)
-{
-    int count = 0;
-    std::vector<std::string> names;
-    if (Movo_NET_GetNumOfWifiEsss(kAppId, ifname.c_str(), &count) != 0) {
-        return names;
-    }
-    for (int index = 0; index < count; ++index) {
-        char name[33] = "";
-        if (Movo_NET_WifiGetSsidEss(kAppId, ifname.c_str(), index, name) == 0) {
-            names.emplace_back(name);
-        }
-    }
-    return names;
-}
-
 /** That it is not remembered is an error in the log, which is not meant here. */
 bool isRemembered(const std::string& ifname, const std::string& essid)
 {
-    const int level = __atomic_exchange_n(&__kest_debug_min, KEST_LEVEL_NONE, __ATOMIC_RELAXED);
+    const QuietLog quiet;
     char key[65] = "";
     int length = 0;
-    const RETURN_TYPE code = Movo_NET_WifiGetKey(kAppId, ifname.c_str(), essid.c_str(), key, &length);
-    __atomic_store_n(&__kest_debug_min, level, __ATOMIC_RELAXED);
-    return code == 0;
+    return Movo_NET_WifiGetKey(kAppId, ifname.c_str(), essid.c_str(), key, &length) == 0;
 }
 
 enum class Security { Unknown, Weak, Wpa };
@@ -63,7 +46,7 @@ void warnOfPin(Console& console, const std::string& pin)
 
 void noteSecured(const std::string& ifname)
 {
-    for (const std::string& name : namesOfTable(ifname)) {
+    for (const std::string& name : tableNames(ifname)) {
         if (securityOf(ifname, name) == Security::Wpa && isRemembered(ifname, name)) {
             s_secured.insert(name);
         }
@@ -75,7 +58,7 @@ void warnOfLostSecurity(Console& console, const std::string& ifname)
     if (s_secured.empty()) {
         return;
     }
-    for (const std::string& name : namesOfTable(ifname)) {
+    for (const std::string& name : tableNames(ifname)) {
         if (s_secured.contains(name) && securityOf(ifname, name) == Security::Weak) {
             console.print("warning: %s is remembered as secured, and is open or has WEP now\n",
                           printable(name).c_str());

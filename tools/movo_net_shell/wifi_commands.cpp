@@ -1,4 +1,7 @@
 #include "calls.h"
+#include "connect.h"
+#include "join.h"
+#include "keys.h"
 #include "networks.h"
 #include "text.h"
 #include "warnings.h"
@@ -45,18 +48,12 @@ Outcome use(Console& console, Arguments arguments)
 Outcome update(Console& console, Arguments /*arguments*/)
 {
     const std::string ifname = wifiName();
-    noteSecured(ifname);
-    const RETURN_TYPE code = Movo_NET_WifiUpdateEsss(kAppId, ifname.c_str());
+    const RETURN_TYPE code = readScan(ifname);
     console.result(code);
     if (code == 0) {
         warnOfLostSecurity(console, ifname);
     }
     return Outcome::Done;
-}
-
-RETURN_TYPE setKey(const std::string& ifname, const std::string& essid, const std::string& key)
-{
-    return Movo_NET_WifiSetKey(kAppId, ifname.c_str(), essid.c_str(), key.c_str(), static_cast<int>(key.size()));
 }
 
 Outcome key(Console& console, Arguments arguments)
@@ -87,17 +84,6 @@ Outcome priority(Console& console, Arguments arguments)
         return Outcome::BadArgument;
     }
     console.result(Movo_NET_WifiSetPriorityEss(kAppId, wifiName().c_str(), essid, *value));
-    return Outcome::Done;
-}
-
-Outcome join(Console& console, Arguments arguments)
-{
-    const std::string ifname = wifiName();
-    RETURN_TYPE code = arguments.size() > 1 ? setKey(ifname, arguments[0], arguments[1]) : 0;
-    if (code == 0) {
-        code = Movo_NET_WifiConnectEss(kAppId, ifname.c_str(), arguments[0].c_str());
-    }
-    console.result(code);
     return Outcome::Done;
 }
 
@@ -147,6 +133,7 @@ Outcome security(Console& console, Arguments arguments)
     if (!wish) {
         return Outcome::BadArgument;
     }
+    noteSecurityChoice(*wish);
     console.result(Movo_NET_WifiSetSecurityType(kAppId, static_cast<MovoNetWifiUISecurity_e>(*wish)));
     return Outcome::Done;
 }
@@ -192,8 +179,16 @@ std::span<const Command> wifiCommands()
          "Movo_NET_WifiGetKey Movo_NET_WifiSetKey", key},
         {kSubject, "wifi priority", "NAME [NUMBER]", "shows or sets its priority, from 0 to 7",
          "Movo_NET_WifiGetPriorityEss Movo_NET_WifiSetPriorityEss", priority},
-        {kSubject, "wifi join", "NAME [KEY]", "joins a network, with this key if one is given",
-         "Movo_NET_WifiSetKey Movo_NET_WifiConnectEss", join},
+        {kSubject, "wifi join", "NAME [KEY]", "joins a network, with this key or the one that is known",
+         "Movo_NET_WifiGetEncryptionEss Movo_NET_WifiGetConnectedEss Movo_NET_WifiGetKey Movo_NET_WifiSetKey "
+         "Movo_NET_WifiConnectEss",
+         joinNetwork},
+        {kSubject, "wifi connect", "NAME [KEY]", "joins it in one step: looks, asks for its key, waits",
+         "Movo_NET_WifiScanEsss Movo_NET_WifiUpdateEsss Movo_NET_WifiGetEncryptionEss Movo_NET_WifiGetConnectedEss "
+         "Movo_NET_WifiGetKey Movo_NET_WifiSetKey Movo_NET_WifiConnectEss Movo_NET_GetIP",
+         connectNetwork},
+        {kSubject, "wifi back", "", "joins the network again that the last join has left",
+         "Movo_NET_WifiGetConnectedEss Movo_NET_WifiSetKey Movo_NET_WifiConnectEss", joinLeftNetwork},
         {kSubject, "wifi leave", "", "leaves the network that is joined", "Movo_NET_WifiDisConnect",
          actOnWifi<Movo_NET_WifiDisConnect>},
         {kSubject, "wifi hidden", "NAME", "looks for an open network that does not send its name",

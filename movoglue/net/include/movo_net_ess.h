@@ -181,7 +181,9 @@ RETURN_TYPE Movo_NET_WifiGetPriorityEss(kest_sint32 appid, const char* ifname, c
 
 /**
  * Gives a network of the table its key, for the next connection to it. It is remembered once that has worked; until
- * then the next `Movo_NET_WifiUpdateEsss` forgets it.
+ * then the next `Movo_NET_WifiUpdateEsss` forgets it. The table that an update reads has no keys, none of remembered
+ * networks either: give those what `Movo_NET_WifiGetKey` reads. A wrong key, also one of a length that its network does
+ * not take, shows itself only after the network joined so far has been left: look at the length first.
  *
  * @param[in]  appid   Ignored.
  * @param[in]  ifname  Wi-Fi interface, at most 8 characters.

@@ -57,7 +57,12 @@ RETURN_TYPE Movo_NET_WifiScanEsss(kest_sint32 appid, const char* ifname);
 RETURN_TYPE Movo_NET_WifiUpdateEsss(kest_sint32 appid, const char* ifname);
 
 /**
- * Joins a network of the table with the key that `Movo_NET_WifiSetKey` gave it. The network joined so far is left.
+ * Joins a network of the table with the key that `Movo_NET_WifiSetKey` gave it.
+ *
+ * The first command leaves the network joined so far, unless the new one is not in the table. A refusal after that, a
+ * wrong key and a time-out leave the interface without any, and nothing joins the former one again. An application that
+ * wants it back notes it before (`Movo_NET_WifiGetConnectedEss`, `Movo_NET_WifiGetKey`) and joins it after a refusal,
+ * on WIFIBADKEY and on WIFITIMEOUT, as examples/join.c does.
  *
  * @param[in]  appid   Ignored.
  * @param[in]  ifname  Wi-Fi interface, at most 8 characters.

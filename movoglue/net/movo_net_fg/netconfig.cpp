@@ -6,6 +6,7 @@
 #include "support/slow.h"
 
 #include <array>
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
@@ -141,6 +142,7 @@ bool writeRecords(int fd, const Records<kMostSaved>& records, CallSite at)
     encodeCheck(value, check);
 
     (void)lseek(fd, 0, SEEK_SET);
+    errno = 0; // the log shows it, and a short write sets none
     if (!transferred(write(fd, check.data(), check.size()), check.size())) {
         NET_LOG_AT(at, KEST_LEVEL_ERROR, "write crc value to file failed\n");
         return false;

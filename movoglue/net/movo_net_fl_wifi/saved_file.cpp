@@ -7,6 +7,7 @@
 #include "support/text.h"
 #include "support/wiped.h"
 
+#include <cerrno>
 #include <cstdlib>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -38,6 +39,7 @@ void writeRecords(int fd, CallSite at)
          ess = ess->next, ++written) {
         EssRecord record;
         encodeEss(*ess, record);
+        errno = 0; // the log shows it, and a short write sets none
         if (write(fd, record.data(), record.size()) != static_cast<ssize_t>(record.size())) {
             NET_LOG_AT(at, KEST_LEVEL_ERROR, "write failed\n");
             return;

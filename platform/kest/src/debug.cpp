@@ -88,7 +88,7 @@ private:
 
 constexpr time_t kFoldSeconds = 60; // what goes on for days still shows once a minute
 
-bool s_folds; // once the logger was started
+bool s_isStarted; // before, a line is shown as it comes
 pthread_mutex_t s_showing = PTHREAD_MUTEX_INITIALIZER;
 Line s_last;         // guarded by s_showing, as all below: the last line that was written
 time_t s_lastSecond; // when that was
@@ -98,6 +98,16 @@ void appendTime(Line& line, const timespec& now)
 {
     line.append("%lld.%03ld ", static_cast<long long>(now.tv_sec), now.tv_nsec / 1'000'000L);
     line.beginPlace();
+}
+
+/** Messages right after an open or a write that failed, without its cause. */
+constexpr std::string_view kFailedCalls[] = {"cannot open ", "write failed", "write crc value to file failed",
+                                             "write ifaces to file failed"};
+
+bool isOfFailedCall(std::string_view format)
+{
+    return std::ranges::any_of(kFailedCalls,
+                               [&](std::string_view text) { return format.find(text) != std::string_view::npos; });
 }
 
 void writeRepeats(const timespec& now)
@@ -114,7 +124,7 @@ void show(Line& line, const timespec& now)
 {
     (void)pthread_mutex_lock(&s_showing);
     const bool again = now.tv_sec - s_lastSecond < kFoldSeconds && line.repeats(s_last);
-    if (again && __atomic_load_n(&s_folds, __ATOMIC_RELAXED)) {
+    if (again && __atomic_load_n(&s_isStarted, __ATOMIC_RELAXED)) {
         ++s_repeats;
     } else {
         if (s_repeats > 0) {
@@ -146,7 +156,7 @@ void kest_debug_init(const char* /*name*/)
     }
     const char* keys = std::getenv("KEST_DEBUG_KEYS");
     __atomic_store_n(&s_keysAreShown, keys != nullptr && std::string_view(keys) == "1", __ATOMIC_RELAXED);
-    __atomic_store_n(&s_folds, true, __ATOMIC_RELAXED);
+    __atomic_store_n(&s_isStarted, true, __ATOMIC_RELAXED);
 }
 
 kest_debug_category* kest_debug_category_new(const char* name, int /*colour*/, const char* /*description*/)
@@ -183,6 +193,11 @@ void kest_debug_log(kest_debug_category* category, int level, const char* file, 
     va_end(arguments);
 
     text.fold();
+    const bool isStarted = __atomic_load_n(&s_isStarted, __ATOMIC_RELAXED);
+    if (isStarted && level == KEST_LEVEL_ERROR && callersError != 0 && isOfFailedCall(format)) {
+        errno = callersError;
+        text.append(" (%m)");
+    }
     if (!__atomic_load_n(&s_keysAreShown, __ATOMIC_RELAXED)) {
         text.mask();
     }

@@ -132,6 +132,29 @@ TEST_F(Log, ShowsEveryLevelAsAWord)
                    "12.034 ?       DEFAULT m f:1 text\n");
 }
 
+TEST_F(Log, ShowsWhyACallFailedThatItsMessageDoesNotExplain)
+{
+    const auto logged = [](int error, void (*log)()) {
+        return stderrOf([&] {
+            errno = error;
+            log();
+            EXPECT_EQ(errno, error);
+        });
+    };
+    const auto cannotOpen = [] { kest_debug_log(nullptr, KEST_LEVEL_ERROR, "m", "f", 1, "cannot open %s\n", "x"); };
+    EXPECT_EQ(logged(EROFS, cannotOpen), "12.034 ERROR   DEFAULT m f:1 cannot open x\n") << "the logger is not started";
+    kest_debug_init("app");
+    EXPECT_EQ(logged(EROFS, cannotOpen), "12.034 ERROR   DEFAULT m f:1 cannot open x (Read-only file system)\n");
+    EXPECT_EQ(logged(0, cannotOpen), "12.034 ERROR   DEFAULT m f:1 cannot open x\n");
+    EXPECT_EQ(logged(ENOSPC, [] { kest_debug_log(nullptr, KEST_LEVEL_ERROR, "m", "f", 1, "write failed\n"); }),
+              "12.034 ERROR   DEFAULT m f:1 write failed (No space left on device)\n");
+    EXPECT_EQ(logged(EROFS, [] { kest_debug_log(nullptr, KEST_LEVEL_INFO, "m", "f", 1, "cannot open x\n"); }),
+              "12.034 INFO    DEFAULT m f:1 cannot open x\n");
+    EXPECT_EQ(logged(ENOENT, [] { kest_debug_log(nullptr, KEST_LEVEL_ERROR, "m", "f", 1, "enter\n"); }),
+              "12.034 ERROR   DEFAULT m f:1 enter\n")
+        << "an errno of long ago says nothing";
+}
+
 TEST_F(Log, TakesItsTimeFromTheMonotonicClock)
 {
     libc.now.reset();

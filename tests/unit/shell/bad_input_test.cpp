@@ -18,9 +18,11 @@ void expectRefused(const std::string& line, const std::string& message)
 TEST(ShellBadInput, UnknownCommand)
 {
     expectRefused("frobnicate eth0", "unknown command: frobnicate; help lists them");
-    expectRefused("wifi", "unknown command: wifi; help lists them");
-    expectRefused("wifi frobnicate", "unknown command: wifi; help lists them");
-    expectRefused("Mode eth0", "unknown command: Mode; help lists them");
+    expectRefused("ap", "unknown command: ap; after ap comes start, stop, status or clients");
+    expectRefused("ap frobnicate", "unknown command: ap frobnicate; after ap comes start, stop, status or clients");
+    expectRefused("Mode eth0", "unknown command: Mode; did you mean mode?");
+    expectRefused("stauts", "unknown command: stauts; did you mean status?");
+    expectRefused("inter", "unknown command: inter; did you mean interfaces?");
     expectRefused("\"\"", "unknown command: ; help lists them");
     expectRefused("\a\033[31m", "unknown command: \\x07\\x1b[31m; help lists them");
 }
@@ -49,9 +51,20 @@ TEST(ShellBadInput, TooManyArguments)
             for (std::size_t i = 0; i <= most; i++) {
                 line += " 1";
             }
-            expectRefused(line, "usage: " + shell::usageOf(command));
+            const Played played = play(line + "\n");
+            EXPECT_EQ(played.status, 2) << line;
+            EXPECT_TRUE(played.errors.starts_with("line 1: usage: " + shell::usageOf(command))) << played.errors;
         }
     }
+}
+
+TEST(ShellBadInput, ANameWithoutItsQuotesIsShownWithThem)
+{
+    fake::addWireless("wlan0");
+    expectRefused("wifi info My Home Net secret",
+                  "usage: wifi info NAME; a name with blanks has quotes: wifi info \"My Home Net\"");
+    expectRefused("wifi join Your Home Net", "usage: wifi join NAME [KEY]; a name with blanks has quotes, as in "
+                                             "wifi join \"My Network\"");
 }
 
 TEST(ShellBadInput, BadArguments)
@@ -60,9 +73,13 @@ TEST(ShellBadInput, BadArguments)
     expectRefused("sleep -1", "usage: sleep SECONDS");
     expectRefused("sleep nan", "usage: sleep SECONDS");
     expectRefused("sleep 1e99", "usage: sleep SECONDS");
-    expectRefused("expect NOTHING", "usage: expect REASON [IFACE] [SECONDS]");
+    expectRefused("expect NOTHING",
+                  "usage: expect REASON [IFACE] [SECONDS]; REASON is IFFOUND, IFREMOVED, IFDISCONNECTED, IFCONNECTED, "
+                  "IFACTIVED, IFDEACTIVED, IPCHANGED, WIFISCANDONE, WIFIESSSUPDATED, WIFIBADKEY, WIFITIMEOUT, "
+                  "SOFTAPSCAN, SOFTAPCONNECTED, SOFTAPDISCONNECTED, STATICIP_SUCCESS, STATICIP_FAILED, DHCP_SUCCESS or "
+                  "DHCP_FAILED");
     expectRefused("expect IFFOUND eth0 soon", "usage: expect REASON [IFACE] [SECONDS]");
-    expectRefused("log loud", "usage: log [LEVEL]");
+    expectRefused("log loud", "usage: log [LEVEL]; LEVEL is none, error, warning, info, debug or log");
     expectRefused("join soon", "usage: join [SECONDS]");
     expectRefused("callback maybe", "usage: callback on|off");
     expectRefused("link-type 256", "usage: link-type [NUMBER]");
@@ -74,10 +91,10 @@ TEST(ShellBadInput, BadArguments)
     expectRefused("priority eth0 high", "usage: priority IFACE [NUMBER]");
     expectRefused("priority eth0 99999999999", "usage: priority IFACE [NUMBER]");
     expectRefused("wol eth0 1", "usage: wol IFACE on|off");
-    expectRefused("mode eth0 manual", "usage: mode IFACE [MODE]");
+    expectRefused("mode eth0 manual", "usage: mode IFACE [MODE]; MODE is dhcp, autoip, static or dnsonly");
     expectRefused("wifi priority Net high", "usage: wifi priority NAME [NUMBER]");
-    expectRefused("wifi wps magic", "usage: wifi wps [WAY] [PIN]");
-    expectRefused("wifi security strong", "usage: wifi security WISH");
+    expectRefused("wifi wps magic", "usage: wifi wps [WAY] [PIN]; WAY is none, push, pin or both");
+    expectRefused("wifi security strong", "usage: wifi security WISH; WISH is none, wep, mix or default");
     EXPECT_EQ(fake::calls(), std::vector<std::string>());
 }
 

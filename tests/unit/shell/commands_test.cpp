@@ -27,9 +27,12 @@ const Case kCases[] = {
     {"count", {"Movo_NET_GetNumOfIfaces"}, "0 success: 2\n"},
     {"name 1", {"Movo_NET_GetIfaceName 1 8"}, "0 success: eth0\n"},
     {"name 1 4", {"Movo_NET_GetIfaceName 1 4"}, "0 success: eth0\n"},
-    {"name 1 3", {"Movo_NET_GetIfaceName 1 3"}, "3 buffer too small\n"},
-    {"name 1 -1", {"Movo_NET_GetIfaceName 1 -1"}, "3 buffer too small\n"},
-    {"name 2 255", {"Movo_NET_GetIfaceName 2 255"}, "1 failure\n"},
+    {"name 1 3",
+     {"Movo_NET_GetIfaceName 1 3"},
+     "3 buffer too small\n  the name is longer; 8 characters are enough for each\n"},
+    {"name 2 255",
+     {"Movo_NET_GetIfaceName 2 255"},
+     "1 failure\n  no interface at this position; count tells how many there are\n"},
     {"name -1", {"Movo_NET_GetIfaceName -1 8"}, "0 success: \n"},
     {"type lo", {"Movo_NET_GetIfaceType lo"}, "0 success: lo\n"},
     {"type eth0", {"Movo_NET_GetIfaceType eth0"}, "0 success: ether\n"},
@@ -49,12 +52,12 @@ const Case kCases[] = {
     {"wol eth0 on", {"Movo_NET_SetWol eth0 1"}, "0 success\n"},
     {"wol eth0 off", {"Movo_NET_SetWol eth0 0"}, "0 success\n"},
     {"mode eth0", {"Movo_NET_GetIPMode eth0"}, "0 success: static\n"},
-    {"mode eth0 dhcp", {"Movo_NET_ConfigIPMode eth0 0"}, "0 success\n"},
-    {"mode eth0 autoip", {"Movo_NET_ConfigIPMode eth0 1"}, "0 success\n"},
-    {"mode eth0 static", {"Movo_NET_ConfigIPMode eth0 2"}, "0 success\n"},
-    {"mode eth0 dnsonly", {"Movo_NET_ConfigIPMode eth0 3"}, "0 success\n"},
-    {"mode eth0 -9", {"Movo_NET_ConfigIPMode eth0 -9"}, "0 success\n"},
-    {"state eth0", {"Movo_NET_GetIPStatus eth0"}, "0 success: dhcp-got\n"},
+    {"mode eth0 dhcp", {"Movo_NET_GetIPMode eth0", "Movo_NET_ConfigIPMode eth0 0"}, "0 success\n"},
+    {"mode eth0 autoip", {"Movo_NET_GetIPMode eth0", "Movo_NET_ConfigIPMode eth0 1"}, "0 success\n"},
+    {"mode eth0 static", {"Movo_NET_GetIPMode eth0", "Movo_NET_ConfigIPMode eth0 2"}, "0 success\n"},
+    {"mode eth0 dnsonly", {"Movo_NET_GetIPMode eth0", "Movo_NET_ConfigIPMode eth0 3"}, "0 success\n"},
+    {"mode eth0 -9", {"Movo_NET_GetIPMode eth0", "Movo_NET_ConfigIPMode eth0 -9"}, "0 success\n"},
+    {"state eth0", {"Movo_NET_GetIPStatus eth0", "Movo_NET_IsConnected eth0"}, "0 success: dhcp-got\n"},
     {"ip eth0",
      {"Movo_NET_GetIP eth0"},
      "0 success\n  address  10.0.2.15\n  mask     255.255.255.0\n  gateway  10.0.2.2\n  dns      10.0.2.3 9.9.9.9\n"},
@@ -86,7 +89,8 @@ const Case kCases[] = {
 };
 
 // What tests of their own hold: scripts, start, status, help.
-const std::set<std::string> kElsewhere = {"help", "watch", "sleep", "expect", "start", "status", "interfaces", "join"};
+const std::set<std::string> kElsewhere = {"help",  "?",      "exit",       "watch", "sleep",     "expect",
+                                          "start", "status", "interfaces", "join",  "wifi back", "wifi connect"};
 
 std::vector<Case> allCases()
 {
@@ -102,6 +106,19 @@ std::string nameOf(const std::string& line)
     std::size_t length = 0;
     const shell::Command* const command = shell::findCommand(split, length);
     return command != nullptr ? command->name : "";
+}
+
+/** Without the questions after which a cause is found, unless they are what is expected. */
+std::vector<std::string> withoutLookUps(std::vector<std::string> calls, const std::vector<std::string>& expected)
+{
+    const auto isLookUp = [](const std::string& call) {
+        return call.starts_with("Movo_NET_IsInitializationDone") || call.starts_with("Movo_NET_GetNumOfIfaces") ||
+               call.starts_with("Movo_NET_GetIfaceName");
+    };
+    while (calls.size() > expected.size() && isLookUp(calls.back())) {
+        calls.pop_back();
+    }
+    return calls;
 }
 
 std::set<std::string> functionsOf(const std::string& calls)
@@ -126,7 +143,7 @@ TEST_P(EachCommand, CallsAndPrints)
     EXPECT_EQ(played.output, GetParam().output);
     EXPECT_EQ(played.errors, "");
     EXPECT_EQ(played.status, 0);
-    EXPECT_EQ(fake::calls(), GetParam().calls);
+    EXPECT_EQ(withoutLookUps(fake::calls(), GetParam().calls), GetParam().calls);
 }
 
 INSTANTIATE_TEST_SUITE_P(Shell, EachCommand, testing::ValuesIn(allCases()),
@@ -181,7 +198,7 @@ TEST(ShellResults, EachCodeHasItsMeaning)
                                                      {-1, "-1 -1\n"}};
     for (const auto& [code, text] : kMeanings) {
         fake::returns("Movo_NET_EnableIface", code);
-        EXPECT_EQ(play("enable eth0\n").output, text);
+        EXPECT_TRUE(play("enable eth0\n").output.starts_with(text)) << text;
     }
 }
 
@@ -190,7 +207,9 @@ TEST(ShellResults, NoValueComesWithAFailure)
     for (const char* function : {"Movo_NET_GetIfaceMacAddress", "Movo_NET_GetIP", "Movo_NET_GetIPMode"}) {
         fake::returns(function, 1);
     }
-    EXPECT_EQ(play("mac eth0\nip eth0\nmode eth0\n").output, "1 failure\n1 failure\n1 failure\n");
+    for (const char* line : {"mac eth0\n", "ip eth0\n", "mode eth0\n"}) {
+        EXPECT_EQ(play(line).output, "1 failure\n  the log names the step that failed; log info makes it say more\n");
+    }
 }
 
 TEST(ShellResults, AnswersShowWhatWasReturned)
@@ -221,6 +240,13 @@ TEST(ShellStatus, IsATableOfTheInterfaces)
                                        "dns 2         9.9.9.9             9.9.9.9\n"
                                        "\n"
                                        "the network works\n");
+}
+
+TEST(ShellStatus, ALostConnectionHasNoLease)
+{
+    fake::setConnected(false);
+    EXPECT_NE(play("status\n").output.find("state         lost                lost\n"), std::string::npos);
+    EXPECT_EQ(play("state eth0\n").output, "0 success: dhcp-got\n  of the last connection, which is lost\n");
 }
 
 TEST(ShellStatus, InterfacesIsTheSame)

@@ -13,6 +13,16 @@ void writeAddresses(const char* first, unsigned* ip, unsigned* mask, unsigned* g
 }
 } // namespace
 
+void fake::setMode(MovoNetIPMode_e mode)
+{
+    state().mode = mode;
+}
+
+void fake::setConnected(bool connected)
+{
+    state().connected = connected;
+}
+
 RETURN_TYPE Movo_NET_ConfigIPMode(kest_sint32, const char* ifname, MovoNetIPMode_e mode)
 {
     return called("Movo_NET_ConfigIPMode", ifname, static_cast<int>(mode));
@@ -20,7 +30,7 @@ RETURN_TYPE Movo_NET_ConfigIPMode(kest_sint32, const char* ifname, MovoNetIPMode
 
 RETURN_TYPE Movo_NET_GetIPMode(kest_sint32, const char* ifname, MovoNetIPMode_e* retval)
 {
-    return wrote(called("Movo_NET_GetIPMode", ifname), retval, _MOVO_NET_IPMODE_STATIC_);
+    return wrote(called("Movo_NET_GetIPMode", ifname), retval, state().mode);
 }
 
 RETURN_TYPE Movo_NET_GetIPStatus(kest_sint32, const char* ifname, MovoNetIPStatus_e* retval)
@@ -56,7 +66,8 @@ RETURN_TYPE Movo_NET_GetIPStatic(kest_sint32, const char* ifname, unsigned* ip, 
 
 RETURN_TYPE Movo_NET_IsConnected(kest_sint32, const char* ifname, kest_bool* isConnected)
 {
-    return wrote(called("Movo_NET_IsConnected", ifname), isConnected, kest_bool{1});
+    return wrote(called("Movo_NET_IsConnected", ifname), isConnected,
+                 static_cast<kest_bool>(state().connected ? 1 : 0));
 }
 
 kest_bool Movo_NET_IsDNSOK(kest_sint32, const char* ifname)

@@ -38,6 +38,18 @@ void setNetworks(const std::vector<std::string>& names);
 /** What all networks are scanned with from now on; at first WPA2. */
 void setSecurity(MovoNetWifiSecurity_e security);
 
+/** Whether the interfaces are connected; at first they are. */
+void setConnected(bool connected);
+
+/** Whether the first network is joined; at first it is. */
+void setJoined(bool joined);
+
+/** The cipher that all networks are scanned with from now on; at first CCMP. */
+void setCipher(MovoNetWifiEncryption_e cipher);
+
+/** The IP mode of all interfaces from now on; at first static. */
+void setMode(MovoNetIPMode_e mode);
+
 /** Calls the callback, if there is one. */
 void callBack(MovoNetCBReason_e reason, const char* ifname);
 } // namespace fake

@@ -20,7 +20,11 @@ struct State {
     std::vector<std::string> names = {"lo", "eth0"};
     std::vector<std::string> networks = {"My Home Net", "caf\xc3\xa9"};
     MovoNetWifiSecurity_e security = _MOVO_NET_WIFI_SECURITY_WPA2_PSK_;
+    bool joined = true;
+    MovoNetWifiEncryption_e cipher = _MOVO_NET_WIFI_ENCRYP_AES_;
     bool running = false;
+    bool connected = true;
+    MovoNetIPMode_e mode = _MOVO_NET_IPMODE_STATIC_;
     std::thread loop; // the glue's own thread, from start to stop
     bool stopping = false;
     MovoNetCallback_t callback = nullptr;

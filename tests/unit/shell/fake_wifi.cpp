@@ -25,6 +25,16 @@ void fake::setSecurity(MovoNetWifiSecurity_e security)
     state().security = security;
 }
 
+void fake::setJoined(bool joined)
+{
+    state().joined = joined;
+}
+
+void fake::setCipher(MovoNetWifiEncryption_e cipher)
+{
+    state().cipher = cipher;
+}
+
 RETURN_TYPE Movo_NET_WifiScanEsss(kest_sint32, const char* ifname)
 {
     return called("Movo_NET_WifiScanEsss", ifname);
@@ -59,7 +69,7 @@ RETURN_TYPE Movo_NET_WifiIsWPS(kest_sint32, const char* ifname, const char* essi
 RETURN_TYPE Movo_NET_WifiGetEncryptionEss(kest_sint32, const char* ifname, const char* essid,
                                           MovoNetWifiEncryption_e* retval)
 {
-    return wrote(called("Movo_NET_WifiGetEncryptionEss", ifname, essid), retval, _MOVO_NET_WIFI_ENCRYP_AES_);
+    return wrote(called("Movo_NET_WifiGetEncryptionEss", ifname, essid), retval, state().cipher);
 }
 
 RETURN_TYPE Movo_NET_WifiGetSecurityEss(kest_sint32, const char* ifname, const char* essid,
@@ -113,7 +123,8 @@ RETURN_TYPE Movo_NET_WifiDisConnect(kest_sint32, const char* ifname)
 
 RETURN_TYPE Movo_NET_WifiGetConnectedEss(kest_sint32, const char* ifname, char* essid, int len)
 {
-    return wroteText(called("Movo_NET_WifiGetConnectedEss", ifname, len), essid, state().networks[0].c_str());
+    return wroteText(called("Movo_NET_WifiGetConnectedEss", ifname, len), essid,
+                     state().joined ? state().networks[0].c_str() : "");
 }
 
 RETURN_TYPE Movo_NET_WifiGetWpsModeEss(kest_sint32, const char* ifname, MovoNetWifiWPSMode_e* mode)

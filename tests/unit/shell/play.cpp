@@ -33,20 +33,20 @@ private:
     std::FILE* m_stream;
 };
 
-Played playTo(int input, bool startGlue)
+Played playTo(int input, bool startGlue, const char* saved = nullptr)
 {
     Captured output;
     Captured errors;
-    const int status = shell::run({input, output.stream(), errors.stream(), startGlue});
+    const int status = shell::run({input, output.stream(), errors.stream(), startGlue, nullptr, saved});
     return {status, output.text(), errors.text()};
 }
 
-Played playScript(const std::string& script, bool startGlue)
+Played playScript(const std::string& script, bool startGlue, const char* saved = nullptr)
 {
     const int file = memfd_create("script", MFD_CLOEXEC);
     (void)!write(file, script.data(), script.size());
     (void)lseek(file, 0, SEEK_SET);
-    const Played played = playTo(file, startGlue);
+    const Played played = playTo(file, startGlue, saved);
     (void)close(file);
     return played;
 }
@@ -61,6 +61,12 @@ Played play(const std::string& script)
 Played playWithStart(const std::string& script)
 {
     return playScript(script, true);
+}
+
+Played playSaving(const std::string& script, const std::string& folder)
+{
+    fake::setRunning(true);
+    return playScript(script, false, folder.c_str());
 }
 
 Played playFrom(int input)

@@ -17,6 +17,9 @@ Played play(const std::string& script);
 /** As the program does without --no-start. */
 Played playWithStart(const std::string& script);
 
+/** The glue keeps its files in that folder. */
+Played playSaving(const std::string& script, const std::string& folder);
+
 /** The lines read from a descriptor. */
 Played playFrom(int input);
 

@@ -112,10 +112,10 @@ TEST(ShellProgram, WarnsOnceWhereNoLockCanBe)
 class ShellProgramPlays : public testing::Test {
 protected:
     ~ShellProgramPlays() override { std::filesystem::remove(m_script); }
-    Ended play(const std::string& script, const std::string& input)
+    Ended play(const std::string& script, const std::string& input, const std::string& errors = "&1")
     {
         std::ofstream(m_script) << script;
-        return runProgram("--no-start --play " + m_script, input);
+        return runProgram("--no-start --play " + m_script, input, errors);
     }
 
 private:
@@ -133,7 +133,16 @@ TEST_F(ShellProgramPlays, NothingAfterALineThatFails)
 {
     const Ended ended = play("expect IFFOUND 0\necho one\n", "echo two\\n");
     EXPECT_EQ(ended.status, 1);
-    EXPECT_EQ(ended.output, "movo> expect IFFOUND 0\nexpected IFFOUND, not called back within 0 s\n");
+    EXPECT_EQ(ended.output, "movo> expect IFFOUND 0\nexpected IFFOUND, not called back within 0 s\n"
+                            "stopped at line 1: expect IFFOUND 0\n");
+}
+
+TEST_F(ShellProgramPlays, AndShowsWhatWentWrongAmongItsLines)
+{
+    for (const char* script : {"expect IFFOUND 0\n", "frobnicate\n", "help nothing\n"}) {
+        const Ended ended = play(script, "", "/dev/null");
+        EXPECT_NE(ended.output.find('\n'), ended.output.rfind('\n')) << ended.output;
+    }
 }
 
 TEST_F(ShellProgramPlays, AndTellsTheLineOfTheScriptThatItDoesNotUnderstand)
@@ -157,6 +166,15 @@ TEST(ShellProgram, LeavesWhatOthersPrintToTheLog)
     EXPECT_EQ(ended.output.find("printed by the library"), std::string::npos) << ended.output;
 }
 
+TEST(ShellProgram, RefusesAFolderThatIsNotThere)
+{
+    for (const char* folder : {"/nowhere", "/dev/null"}) {
+        const Ended ended = runProgram(std::string("--programs ") + folder, "echo never\\n");
+        EXPECT_EQ(ended.status, 2);
+        EXPECT_EQ(ended.output, std::string("no folder of programs: ") + folder + "\n");
+    }
+}
+
 TEST(ShellProgram, RefusesAScriptThatItCannotRead)
 {
     const Ended ended = runProgram("--play /nowhere/script", "");
@@ -171,7 +189,7 @@ protected:
         add("cable", "echo \"the cable is $1, $2\"", 0700);
         add("fails", "exit 7", 0700);
         add("eats", "cat", 0700);
-        add("notes", "echo wrong", 0600);
+        add("hold", "echo wrong", 0600);
     }
     ~ShellProgramFolder() override { std::filesystem::remove_all(m_folder); }
 
@@ -200,11 +218,27 @@ TEST_F(ShellProgramFolder, IsListedByTheHelp)
     EXPECT_TRUE(play("help\\n").output.ends_with("\nprograms\n  cable\n  eats\n  fails\n"));
 }
 
+TEST_F(ShellProgramFolder, CarriesItsHelp)
+{
+    add("cable", "# cable on|off [NIC]: plugs or pulls a cable,\n# or none.\n\n# not this\n", 0700);
+    add("eats", "# Eats what it gets.\n", 0700);
+    const std::string help = play("help\\n").output;
+    EXPECT_TRUE(help.ends_with("programs\n"
+                               "  cable on|off [NIC]                plugs or pulls a cable, or none.\n"
+                               "  eats                              Eats what it gets.\n"
+                               "  fails\n"))
+        << help;
+    EXPECT_EQ(play("help cable\\nhelp eats\\nhelp fails\\n").output,
+              "cable on|off [NIC]\n  plugs or pulls a cable, or none.\n"
+              "eats\n  Eats what it gets.\n"
+              "fails\n  it says nothing of itself\n");
+}
+
 TEST_F(ShellProgramFolder, AFailureEndsAScript)
 {
     const Ended ended = play("fails\\necho after\\n");
     EXPECT_EQ(ended.status, 1);
-    EXPECT_EQ(ended.output, "fails ended with status 7\n");
+    EXPECT_EQ(ended.output, "fails ended with status 7\nstopped at line 1: fails\n");
 }
 
 TEST_F(ShellProgramFolder, LeavesTheScriptToTheShell)
@@ -214,7 +248,7 @@ TEST_F(ShellProgramFolder, LeavesTheScriptToTheShell)
 
 TEST_F(ShellProgramFolder, HoldsOnlyPrograms)
 {
-    for (const char* line : {"notes", "../bin/true", "/bin/true", ".", "absent"}) {
+    for (const char* line : {"hold", "../bin/true", "/bin/true", ".", "absent"}) {
         const Ended ended = play(std::string(line) + "\\n");
         EXPECT_EQ(ended.status, 2) << line;
         EXPECT_EQ(ended.output, "line 1: unknown command: " + std::string(line) + "; help lists them\n");

@@ -112,7 +112,8 @@ TEST(ShellExpect, EndsTheScriptWhenNothingComes)
     const Played played = play("echo before\nexpect IFFOUND eth0 0.01\necho after\n");
     EXPECT_EQ(played.status, 1);
     EXPECT_EQ(played.output, "before\n");
-    EXPECT_EQ(played.errors, "expected IFFOUND eth0, not called back within 0.01 s\n");
+    EXPECT_EQ(played.errors, "expected IFFOUND eth0, not called back within 0.01 s\n"
+                             "stopped at line 2: expect IFFOUND eth0 0.01\n");
 }
 
 TEST(ShellExpect, IsNotMetByAnotherInterface)
@@ -246,4 +247,26 @@ TEST(ShellLinkType, IsTheLibrarysVariable)
 {
     EXPECT_EQ(play("link-type 255\nlink-type\n").output, "255\n");
     EXPECT_EQ(g_NetworkLinkType, 255);
+}
+
+TEST(ShellScript, NoCallbackStandsInsideATable)
+{
+    fake::addWireless("wlan0");
+    for (const char* line : {"wifi list\n", "wifi info caf\u00e9\n", "wifi status\n", "ap status\n", "help\n"}) {
+        fake::onCall({});
+        const std::string output = play(line).output;
+        const std::string table = output.substr(output.starts_with('0') ? output.find('\n') + 1 : 0);
+        fake::onCall([](const std::string&) { fake::callBack(_MOVO_NET_CALLBACK_IPCHANGED_, "eth0"); });
+        const std::string disturbed = play(std::string("callback on\n") + line).output;
+        EXPECT_NE(disturbed.find(table), std::string::npos) << line << disturbed;
+        EXPECT_NE(disturbed.find(" IPCHANGED eth0\n"), std::string::npos) << line;
+    }
+}
+
+TEST(ShellScript, TheLineThatItStopsAtIsShownWithoutAKey)
+{
+    EXPECT_EQ(play("\n  expect IFFOUND 0 # nothing\n").errors,
+              "expected IFFOUND, not called back within 0 s\nstopped at line 2: expect IFFOUND 0 # nothing\n");
+    const std::string errors = play("wifi connect \"My Home Net\" secret\n").errors;
+    EXPECT_TRUE(errors.ends_with("stopped at line 1: wifi connect \"My Home Net\" KEY\n")) << errors;
 }

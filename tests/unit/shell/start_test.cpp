@@ -44,7 +44,7 @@ TEST(ShellStart, ThatFailsInstallsTheCallbackAndCountsAUser)
 {
     fake::returns("Movo_NET_Glue_Init", 1);
     const Played played = play("stop\nstart\n");
-    EXPECT_EQ(played.output, "0 success\n1 failure\n");
+    EXPECT_EQ(played.output, "0 success\n1 failure\n  the log names the step that failed\n");
     EXPECT_EQ(count("Movo_NET_InstallCallback"), 1);
     EXPECT_EQ(count("Movo_NET_Glue_Exit"), 2);
 }
@@ -67,7 +67,7 @@ TEST(ShellStart, IsFollowedByAStopHoweverTheScriptEnds)
 TEST(ShellStop, WithoutAStartIsTheCallAlone)
 {
     fake::returns("Movo_NET_Glue_Exit", 1);
-    EXPECT_EQ(play("stop\n").output, "1 failure\n");
+    EXPECT_EQ(play("stop\n").output, "1 failure\n  it was stopped before\n");
     EXPECT_EQ(count("Movo_NET_Glue_Exit"), 1);
 }
 

@@ -3,8 +3,16 @@
 #include "play.h"
 #include "tools/movo_net_shell/names.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <kest.h>
+
+namespace {
+bool wasCalled(const std::string& function)
+{
+    return std::ranges::any_of(fake::calls(), [&](const std::string& call) { return call.starts_with(function); });
+}
+} // namespace
 
 TEST(ShellWifi, TakesTheFirstWirelessInterface)
 {
@@ -37,15 +45,16 @@ TEST(ShellWifi, ListsNamesOfEveryLanguageInOneTable)
 TEST(ShellWifi, AKeyThatIsRefusedJoinsNothing)
 {
     fake::returns("Movo_NET_WifiSetKey", 5);
-    EXPECT_EQ(play("wifi use wlan0\nwifi join Net secret\n").output, "5 invalid argument\n");
-    EXPECT_EQ(fake::calls(), std::vector<std::string>{"Movo_NET_WifiSetKey wlan0 Net secret 6"});
+    EXPECT_TRUE(play("wifi use wlan0\nwifi join Net secrecies\n").output.starts_with("5 invalid argument\n"));
+    EXPECT_TRUE(wasCalled("Movo_NET_WifiSetKey wlan0 Net secrecies 9"));
+    EXPECT_FALSE(wasCalled("Movo_NET_WifiConnectEss"));
 }
 
 TEST(ShellWifi, APinThatIsNotMadeStartsNothing)
 {
     fake::returns("Movo_NET_WifiGenerateWpsPin", 1);
-    EXPECT_EQ(play("wifi use wlan0\nwifi wps both\n").output, "1 failure\n");
-    EXPECT_EQ(fake::calls(), std::vector<std::string>{"Movo_NET_WifiGenerateWpsPin wlan0 9"});
+    EXPECT_TRUE(play("wifi use wlan0\nwifi wps both\n").output.starts_with("1 failure\n"));
+    EXPECT_FALSE(wasCalled("Movo_NET_WifiStartWpsConnection"));
 }
 
 TEST(ShellWifi, NothingIsShownOfWhatCannotBeRead)
@@ -55,9 +64,13 @@ TEST(ShellWifi, NothingIsShownOfWhatCannotBeRead)
           "Movo_NET_WifiGetConnectedSignal", "Movo_NET_WifiGetKey", "Movo_NET_WifiGetPriorityEss"}) {
         fake::returns(function, 1);
     }
-    EXPECT_EQ(
-        play("wifi use wlan0\nwifi list\nwifi info N\nwifi status\nwifi signal\nwifi key N\nwifi priority N\n").output,
-        "1 failure\n1 failure\n1 failure\n1 failure\n1 failure\n1 failure\n");
+    fake::addWireless("wlan0");
+    for (const char* line :
+         {"wifi list", "wifi info N", "wifi status", "wifi signal", "wifi key N", "wifi priority N"}) {
+        const std::string output = play(std::string(line) + "\n").output;
+        EXPECT_TRUE(output.starts_with("1 failure\n  ")) << line << output;
+        EXPECT_EQ(std::ranges::count(output, '\n'), 2) << line << output;
+    }
 }
 
 TEST(ShellWifi, ADashStandsForASingleFactThatCannotBeRead)
