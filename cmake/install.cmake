@@ -9,13 +9,13 @@ set(generated ${PROJECT_BINARY_DIR}/install)
 
 # --- Libraries and headers ---
 
-install(DIRECTORY movoglue/net/include/ platform/kest/include/
+install(DIRECTORY movoglue/net/include/ platform/kest/include/ tools/movo_net_tools/include/
     DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development FILES_MATCHING PATTERN *.h)
 
 # movo_net::movo_net is the shared library, as for pkg-config without --static.
 set_target_properties(movo_net_shared PROPERTIES EXPORT_NAME movo_net)
 set_target_properties(movo_net PROPERTIES EXPORT_NAME movo_net_static)
-install(TARGETS movo_net_shared movo_net kest EXPORT movo_net
+install(TARGETS movo_net_shared movo_net kest movo_net_tools EXPORT movo_net
     LIBRARY COMPONENT runtime NAMELINK_COMPONENT development
     ARCHIVE COMPONENT development
     INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
@@ -41,7 +41,8 @@ endforeach()
 list(JOIN private_libraries " " private_libraries)
 file(RELATIVE_PATH prefix_from_pc ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
 configure_file(${templates}/movo_net.pc.in ${generated}/movo_net.pc @ONLY)
-install(FILES ${generated}/movo_net.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
+configure_file(${templates}/movo_net_tools.pc.in ${generated}/movo_net_tools.pc @ONLY)
+install(FILES ${generated}/movo_net.pc ${generated}/movo_net_tools.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
 
 # --- Programs ---
 
@@ -50,8 +51,10 @@ install(FILES man/recovery_net.8 DESTINATION ${CMAKE_INSTALL_MANDIR}/man8 COMPON
 install(TARGETS movo_net_shell COMPONENT tools)
 install(PROGRAMS tools/movo_net_fake_supplicant/movo_net_fake_supplicant
     DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
-install(FILES tools/movo_net_fake_supplicant/home.script
+install(FILES tools/movo_net_fake_supplicant/home.script tools/movo_net_fake_supplicant/vanishing.script
     DESTINATION ${CMAKE_INSTALL_DATADIR}/movo_net COMPONENT tools)
+install(DIRECTORY tools/movo_net_fake_supplicant/fake_supplicant
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/movo_net COMPONENT tools FILES_MATCHING PATTERN *.py)
 install(FILES man/movo_net_shell.1 man/movo_net_fake_supplicant.1
     DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
 

@@ -4,6 +4,7 @@
 #include <iostream>
 #include <kest.h>
 #include <movo_net.h>
+#include <movo_net_tools.h>
 #include <thread>
 
 static void showAddress(const char* ifname)
@@ -19,7 +20,7 @@ static void showAddress(const char* ifname)
 static void onEvent(MovoNetCBReason_e reason, void* /*context*/, void* param)
 {
     const char* ifname = static_cast<const char*>(param); // the interface's record begins with its name
-    std::cout << "reason " << reason << " on " << ifname << std::endl;
+    std::cout << Movo_NET_ReasonText(reason) << " on " << ifname << std::endl;
     if (reason == _MOVO_NET_CALLBACK_DHCP_SUCCESS_ || reason == _MOVO_NET_CALLBACK_STATICIP_SUCCESS_) {
         showAddress(ifname);
     }
@@ -27,6 +28,11 @@ static void onEvent(MovoNetCBReason_e reason, void* /*context*/, void* param)
 
 int main()
 {
+    MovoNetHost_t other{};
+    if (Movo_NET_TakeHostLock(nullptr, "listen_cpp", &other) == 1) {
+        std::cerr << "the network has a host: " << other.name << ", pid " << other.pid << std::endl;
+        return 1;
+    }
     int id = 0;
     kest_debug_init("listen");
     movoglue_net_debug = kest_debug_category_new("LISTEN", 0, "an example");

@@ -128,15 +128,22 @@ build_virtual_set() {
     attempt "${make[@]}" || give_up "${make[0]}" "Is there a network to the package mirror, and room in $MOVO_CACHE?"
 }
 
-# CMake refuses a build folder that was made for a tree elsewhere: this one was moved or copied.
+# CMake refuses a build folder that was made for a tree elsewhere: this one was moved or copied. One that is older than
+# the presets may have another compiler; CMake would take up the new one and lose the flags, the sanitizers among them.
 drop_stale_builds() {
-    local cache home
+    local cache home why
     for cache in "$setup_root"/build/*/CMakeCache.txt; do
         home=$(sed -n 's/^CMAKE_HOME_DIRECTORY:INTERNAL=//p' "$cache" 2> /dev/null)
-        if [ -n "$home" ] && ! [ "$home" -ef "$setup_root" ]; then
-            echo "Removing ${cache%/*}: it was made for a tree in $home"
-            rm -rf "${cache%/*}"
+        [ -n "$home" ] || continue
+        if ! [ "$home" -ef "$setup_root" ]; then
+            why="it was made for a tree in $home"
+        elif [ "$setup_root/CMakePresets.json" -nt "$cache" ]; then
+            why="the presets have changed"
+        else
+            continue
         fi
+        echo "Removing ${cache%/*}: $why"
+        rm -rf "${cache%/*}"
     done
 }
 drop_stale_builds

@@ -79,8 +79,8 @@ static_assert(sizeof(MovoNetIfaceFunc_t) == 39 * sizeof(void*));
 /**
  * One network interface. Owned by the interface list; memory is never given back while the process lives, so a pointer
  * got from `FindInterface` stays good on any thread. Addresses and masks are in network byte order. The fields are
- * plain because their layout is fixed; once a record is listed they are read and written with `movonet::get` and
- * `movonet::set` (support/shared.h), since several threads do.
+ * plain because their layout is fixed; once a record is listed they are read and written with `movonet::load` and
+ * `movonet::store` (support/atomic.h), since several threads do.
  */
 struct MovoNetIface_t {
     char name[9];

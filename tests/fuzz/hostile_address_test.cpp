@@ -15,7 +15,7 @@ using fuzz::Hostile;
 // Files and commands that hold anything at all.
 
 namespace {
-constexpr int kRounds = 120;
+constexpr int kAddressRounds = 120;
 constexpr const char* kResolver = "/etc/resolv.conf";
 constexpr const char* kInfo = "/etc/dhcpc/dhcpcd-eth0.info";
 
@@ -57,7 +57,7 @@ TEST(HostileResolver, OfRandomBytesNamesNobody)
 {
     sim::Set set;
     Hostile hostile(1);
-    for (int round = 0; round < kRounds; ++round) {
+    for (int round = 0; round < kAddressRounds; ++round) {
         set.write(kResolver, hostile.bytes(hostile.upTo(2000)));
         EXPECT_TRUE(serversRead().empty());
     }
@@ -71,7 +71,7 @@ TEST(HostileResolver, OfAnyWordsNamesTheFirstTwoPairs)
                                             "fe80::1 ",    "search ",      "lan ",      "8.8\r\n",
                                             "# ",          "\n",           " ",         "8"};
     std::size_t found = 0;
-    for (int round = 0; round < kRounds; ++round) {
+    for (int round = 0; round < kAddressRounds; ++round) {
         const std::string contents = hostile.words(words, 18); // too few for a word that is read in pieces
         set.write(kResolver, contents);
         const auto servers = serversRead();
@@ -96,7 +96,7 @@ TEST(HostileLease, WritesAResolverOfWholeLinesOrNone)
         "DOMAIN", "DNS",      "lan",     "=", " ", "GATEWAY=", std::string(100, 'x')};
     MovoNetIface_t iface = eth0();
     int written = 0;
-    for (int round = 0; round < kRounds; ++round) {
+    for (int round = 0; round < kAddressRounds; ++round) {
         set.write(kInfo,
                   hostile.upTo(1) == 0 ? hostile.words(words, 60) : hostile.spoiled("DOMAIN='lan'\nDNS=8.8.8.8\n"));
         set.write(kResolver, "");
@@ -110,7 +110,7 @@ TEST(HostileLease, WritesAResolverOfWholeLinesOrNone)
         }
     }
     EXPECT_GT(written, 0);
-    EXPECT_LT(written, kRounds);
+    EXPECT_LT(written, kAddressRounds);
 }
 
 TEST(HostileLease, OfRandomBytesIsReadWithinItsBounds)
@@ -118,7 +118,7 @@ TEST(HostileLease, OfRandomBytesIsReadWithinItsBounds)
     sim::Set set;
     Hostile hostile(4);
     MovoNetIface_t iface = eth0();
-    for (int round = 0; round < kRounds; ++round) {
+    for (int round = 0; round < kAddressRounds; ++round) {
         const std::string bytes = hostile.bytes(hostile.upTo(1000));
         set.write(kInfo, (round % 2 == 0 ? "DNS=" : "GATEWAY=") + bytes);
         set.write(kResolver, "");
@@ -138,7 +138,7 @@ TEST(HostileBoard, ProgramsAWholeAddressOrNone)
         "mac", "mac=", "00", "1", "aB", ":", ":", ":", "\n", " ", "-", "\r", std::string(50, 'f')};
     const std::regex command("netcfg eth0 down; netcfg eth0 hwprefix ([0-9A-F]{2}:){5}[0-9A-F]{2}");
     std::size_t programmed = 0;
-    for (int round = 0; round < kRounds; ++round) {
+    for (int round = 0; round < kAddressRounds; ++round) {
         set.boardPrints(hostile.upTo(1) == 0 ? "mac=" + hostile.words(words, 30)
                                              : hostile.spoiled("mac=00:11:22:33:44:55\n"));
         set.forget();
@@ -153,6 +153,6 @@ TEST(HostileBoard, ProgramsAWholeAddressOrNone)
         }
     }
     EXPECT_GT(programmed, 0U);
-    EXPECT_LT(programmed, static_cast<std::size_t>(kRounds));
+    EXPECT_LT(programmed, static_cast<std::size_t>(kAddressRounds));
 }
 } // namespace

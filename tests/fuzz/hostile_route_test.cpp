@@ -12,7 +12,7 @@
 using fuzz::Hostile;
 
 namespace {
-constexpr int kRounds = 2000;
+constexpr int kRouteRounds = 2000;
 
 std::string goodRoute()
 {
@@ -55,7 +55,7 @@ TEST(HostileRoute, OfRandomBytesIsReadWithinItsBounds)
 {
     sim::Set set;
     Hostile hostile(1);
-    for (int round = 0; round < kRounds; ++round) {
+    for (int round = 0; round < kRouteRounds; ++round) {
         Message message(hostile.bytes(sizeof(nlmsghdr) + hostile.upTo(80)));
         expectHonest(message);
     }
@@ -66,7 +66,7 @@ TEST(HostileRoute, OfRandomAttributesIsReadWithinItsBounds)
     sim::Set set;
     Hostile hostile(2);
     const std::string head = goodRoute().substr(0, 28);
-    for (int round = 0; round < kRounds; ++round) {
+    for (int round = 0; round < kRouteRounds; ++round) {
         Message message(head + hostile.bytes(hostile.upTo(60)));
         expectHonest(message);
     }
@@ -77,7 +77,7 @@ TEST(HostileRoute, OfSpoiledBytesIsReadWithinItsBounds)
     sim::Set set;
     Hostile hostile(3);
     int taken = 0;
-    for (int round = 0; round < kRounds; ++round) {
+    for (int round = 0; round < kRouteRounds; ++round) {
         std::string spoiled = hostile.spoiled(goodRoute());
         spoiled.resize(std::max(spoiled.size(), sizeof(nlmsghdr)));
         Message message(spoiled);
@@ -87,7 +87,7 @@ TEST(HostileRoute, OfSpoiledBytesIsReadWithinItsBounds)
         taken += parseRoutesGetDefGw(message.head(), &route, &gateway, nullptr);
     }
     EXPECT_GT(taken, 0);
-    EXPECT_LT(taken, kRounds);
+    EXPECT_LT(taken, kRouteRounds);
 }
 
 /** What a dump of these datagrams, spoiled, gives. The end is good, so that the reading need not wait. */
@@ -114,7 +114,7 @@ TEST(HostileDump, OfSpoiledDatagramsIsCountedOrRefused)
     const std::string datagram = goodRoute() + goodRoute() + goodRoute();
     int refused = 0;
     int counted = 0;
-    for (int round = 0; round < kRounds; ++round) {
+    for (int round = 0; round < kRouteRounds; ++round) {
         const int count = countIn(set, {hostile.spoiled(datagram), hostile.spoiled(datagram)});
         EXPECT_LE(count, 6);
         refused += set.log().empty() ? 0 : 1;
@@ -129,7 +129,7 @@ TEST(HostileDump, OfRandomDatagramsIsCountedOrRefused)
 {
     sim::Set set;
     Hostile hostile(5);
-    for (int round = 0; round < kRounds; ++round) {
+    for (int round = 0; round < kRouteRounds; ++round) {
         (void)countIn(set, {hostile.bytes(hostile.upTo(200)), hostile.bytes(hostile.upTo(200))});
     }
 }
@@ -138,7 +138,7 @@ TEST(HostileDump, OfAnySizeFitsTheBufferOrIsRefused)
 {
     sim::Set set;
     Hostile hostile(6);
-    for (int round = 0; round < kRounds / 10; ++round) {
+    for (int round = 0; round < kRouteRounds / 10; ++round) {
         std::vector<std::string> datagrams;
         for (std::size_t count = hostile.upTo(5); count > 0; --count) {
             std::string datagram;

@@ -13,7 +13,7 @@ using hostap::Bench;
 // What devices near the set, its services and its kernel may say to the soft access point.
 
 namespace {
-constexpr int kRounds = 150;
+constexpr int kSoftApRounds = 150;
 constexpr std::size_t kLeaseWords = 5;
 constexpr std::size_t kMostLeases = 5;
 
@@ -69,7 +69,7 @@ TEST(HostileLeases, OfRandomBytesAreWords)
 {
     Bench bench;
     Hostile hostile(21);
-    for (int round = 0; round < kRounds; ++round) {
+    for (int round = 0; round < kSoftApRounds; ++round) {
         std::string contents = hostile.bytes(hostile.upTo(3000));
         std::ranges::replace(contents, 'H', 'h'); // the test counts by the glue's own words
         readsAsWords(bench, contents);
@@ -80,7 +80,7 @@ TEST(HostileLeases, OfWordsOfAnyLengthAreCut)
 {
     Bench bench;
     Hostile hostile(22);
-    for (int round = 0; round < kRounds; ++round) {
+    for (int round = 0; round < kSoftApRounds; ++round) {
         std::string contents;
         for (std::size_t words = hostile.upTo(40); words > 0; --words) {
             const std::size_t edges[] = {1, 22, 23, 24, 30, 31, 32, 126, 127, 128, 255, 764, 2000};
@@ -96,7 +96,7 @@ TEST(HostileLeases, ThatAreSpoiledAreWords)
     Bench bench;
     Hostile hostile(23);
     const std::string good = "1795206803 02:00:00:00:02:00 192.168.255.182 phone1 01:02:00:00:00:02:00\n";
-    for (int round = 0; round < kRounds; ++round) {
+    for (int round = 0; round < kSoftApRounds; ++round) {
         std::string contents;
         for (std::size_t lines = hostile.upTo(8); lines > 0; --lines) {
             contents += hostile.spoiled(good);
@@ -130,7 +130,7 @@ TEST(HostileEvents, AreReadWithinTheirBytes)
     bench.start();
     inotify_event event{};
     event.mask = IN_MODIFY;
-    for (int round = 0; round < kRounds; ++round) {
+    for (int round = 0; round < kSoftApRounds; ++round) {
         event.len = static_cast<std::uint32_t>(hostile.upTo(2) * 16);
         std::string bytes;
         for (std::size_t each = hostile.upTo(8); each > 0; --each) {
@@ -155,7 +155,7 @@ TEST(HostileStations, CountByWhatEachReadBeginsWith)
     Hostile hostile(25);
     bench.start();
     sim::CapturedOutput output;
-    for (int round = 0; round < kRounds; ++round) {
+    for (int round = 0; round < kSoftApRounds; ++round) {
         const std::string bytes = hostile.spoiled(hostile.words({"up", "down", "u", "down\n", "x", " "}, 20));
         if (bytes.empty()) {
             continue;
@@ -176,7 +176,7 @@ TEST(HostileNames, AreWrittenAsTheyAreRead)
 {
     Bench bench;
     Hostile hostile(26);
-    for (int round = 0; round < kRounds; ++round) {
+    for (int round = 0; round < kSoftApRounds; ++round) {
         std::string printed = hostile.bytes(hostile.upTo(60));
         printed = printed.starts_with('\n') ? "x" + printed : printed;
         const std::size_t end = printed.find('\n');

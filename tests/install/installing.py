@@ -2,11 +2,13 @@
 
 import os
 import pathlib
+import re
 import subprocess
 
 REPOSITORY = pathlib.Path(__file__).resolve().parents[2]
 NAMESPACES = ["unshare", "--user", "--map-root-user", "--mount", "--net"]
 BUILD = pathlib.Path(os.environ.get("MOVO_BUILD", REPOSITORY / "build/release"))
+HANG_SECONDS = 600    # only ends a test that hangs
 OBJDUMP = os.environ.get("MOVO_OBJDUMP", "objdump")    # the one that knows the processor of the build
 
 
@@ -16,3 +18,8 @@ def run(*command, **options):
                             **options)
     assert result.returncode == 0, f"{command}\n{result.stdout}{result.stderr}"
     return result.stdout
+
+
+def callbacks(output):
+    """The reasons of the callbacks for mlan0 that movo_net_shell shows."""
+    return re.findall(r"^callback [0-9.]+ (\w+) mlan0$", output, re.M)

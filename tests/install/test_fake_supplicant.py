@@ -7,30 +7,15 @@ import subprocess
 import time
 
 import pytest
-from installing import NAMESPACES
-
-HANG_SECONDS = 600    # only ends a test that hangs
+from installing import HANG_SECONDS, callbacks
 
 
 @pytest.fixture
-def fake(prefix, tmp_path):
+def fake(inside, shell):
     """Plays a script of the shell in a world of its own; returns status and output."""
-    if subprocess.run([*NAMESPACES, "true"], capture_output=True).returncode:
-        pytest.skip("no namespaces for users here")
-
     def play(script, *options):
-        path = tmp_path / "script"
-        path.write_text(script)
-        with path.open() as lines:
-            played = subprocess.run(
-                [prefix / "bin/movo_net_fake_supplicant", *options, "--run", prefix / "bin/movo_net_shell"],
-                stdin=lines, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True, timeout=HANG_SECONDS)
-        return played.returncode, played.stdout
+        return inside("sh", "-c", f"exec {shell(script)}", options=options)[:2]
     return play
-
-
-def callbacks(output):
-    return re.findall(r"^callback [0-9.]+ (\w+) mlan0$", output, re.M)
 
 
 def test_a_network_is_found_and_joined(fake):
@@ -60,7 +45,7 @@ def test_it_is_ended_and_started_as_the_real_one(fake):
     assert callbacks(output).count("WIFISCANDONE") == 3
 
 
-def test_nothing_of_the_computer_is_touched(fake):
+def test_nothing_of_the_computer_is_touched(fake, prefix):
     resolver = pathlib.Path("/etc/resolv.conf").read_bytes()
     interfaces = pathlib.Path("/proc/net/dev").read_text().count(":")
     status, output = fake("expect IFFOUND mlan0 20\nwifi scan\nexpect WIFISCANDONE 10\nwifi update\n"
@@ -68,7 +53,8 @@ def test_nothing_of_the_computer_is_touched(fake):
     assert status == 0, output
     assert pathlib.Path("/etc/resolv.conf").read_bytes() == resolver
     assert pathlib.Path("/proc/net/dev").read_text().count(":") == interfaces
-    assert subprocess.run(["pgrep", "-f", "fake_supplicant --background"], capture_output=True).stdout == b""
+    left = subprocess.run(["pgrep", "-f", f"{prefix}/bin/movo_net_fake_supplicant --background"], capture_output=True)
+    assert left.stdout == b""
 
 
 def test_it_speaks_from_another_script(prefix, tmp_path):
@@ -92,9 +78,79 @@ def test_it_speaks_from_another_script(prefix, tmp_path):
     assert program.wait(HANG_SECONDS) == 0
 
 
-def test_a_mistake_in_a_script_is_told(prefix, tmp_path):
+def test_an_access_point_vanishes_and_returns(fake, prefix):
+    status, output = fake("""
+        expect IFFOUND mlan0 20
+        wifi scan
+        expect WIFISCANDONE mlan0 10
+        wifi update
+        wifi list
+        wifi join Home "correct horse"
+        expect DHCP_SUCCESS mlan0 10
+        expect IFDISCONNECTED mlan0 20
+        wifi scan
+        expect WIFISCANDONE mlan0 10
+        wifi update
+        wifi list
+        expect DHCP_SUCCESS mlan0 20
+        wifi join Home "wrong horse"
+        expect WIFIBADKEY mlan0 10
+        wifi join Cafe
+        expect DHCP_SUCCESS mlan0 10
+    """, "--script", prefix / "share/movo_net/vanishing.script")
+    assert status == 0, output
+    assert re.findall(r"^(\w+) +02:00:00:00:00:0\d +(-\d+) +(\d+) +(\S+)", output, re.M) \
+        == [("Home", "-42", "1", "wpa2-psk"), ("Cafe", "-63", "6", "open"), ("Cafe", "-63", "6", "open")]
+    told = callbacks(output)
+    assert told[3:told.index("WIFIBADKEY")] == ["IFCONNECTED", "IPCHANGED", "DHCP_SUCCESS", "IFDISCONNECTED",
+                                                "WIFISCANDONE", "WIFIESSSUPDATED", "IFCONNECTED", "IPCHANGED",
+                                                "DHCP_SUCCESS"]
+
+
+def test_rules_stand_beside_access_points_and_come_first(fake, tmp_path):
+    script = tmp_path / "both.script"
+    script.write_text("ap 'Café \"1\"' 12345678 channel 36\nSET_NETWORK 0 psk => FAIL\\n\n")
+    status, output = fake("""
+        expect IFFOUND mlan0 20
+        wifi scan
+        expect WIFISCANDONE mlan0 10
+        wifi update
+        wifi list
+        wifi join "Café \\"1\\"" 12345678
+    """, "--script", script)
+    assert status == 0 and output.endswith("1 failure\n  the supplicant refused; the log names the command\n"), output
+    assert re.search(r'^Café "1" +02:00:00:00:00:01 +-50 +36 +wpa2-psk', output, re.M), output
+
+
+KNOWN = ("known are ap NAME [KEY] [channel NUMBER] [signal DBM], vanish SECONDS, return SECONDS, "
+         "COMMAND => REPLY; STEP..., [STATE]")
+MISTAKES = {
+    "PING = PONG": f'"PING" is not known; {KNOWN}',
+    "vansih 5": f'"vansih" is not known; {KNOWN}',
+    "vanish 5": '"vanish" is about the access point above it, and there is none',
+    "SCAN => OK; wiat 1": '"wiat" is not known after a reply; known are wait, say, use, end',
+    "SCAN => OK; wait soon": '"soon" is not possible after "wait"',
+    "SCAN => OK; use nothing": "there is no state [nothing]; there is [some]",
+    "ap": 'a name of 1 to 32 bytes must follow "ap"',
+    "ap Home short": '"short" is no key, which has 8 to 63 characters or 64 hexadecimal digits, and no property; '
+                     "known are channel, signal",
+    "ap Home 12345678 chanel 3": '"chanel" is not known after an access point; known are channel, signal',
+    "ap Home channel 200": "channel 200 is not possible",
+    "ap Home channel": '"" is no number',
+    "ap Home signal loud": '"loud" is no number',
+    'ap "Home': "No closing quotation",
+    "ap Home\nap Home": "there is another access point Home",
+    "ap Home\nreturn 5": "vanish and return take turns, and vanish is the first of Home",
+    "ap Home\nvanish 5\nreturn 5": 'one time in seconds must follow "return", later than the one before',
+    "ap Home\nvanish": 'one time in seconds must follow "vanish", later than the one before',
+}
+
+
+@pytest.mark.parametrize("lines", MISTAKES)
+def test_a_line_that_means_nothing_is_refused(prefix, tmp_path, lines):
     script = tmp_path / "wrong.script"
-    script.write_text("PING = PONG\n")
-    told = subprocess.run([prefix / "bin/movo_net_fake_supplicant", "--script", script, tmp_path / "socket"],
+    script.write_text(f"# comment\n[some]\n{lines}\n")
+    told = subprocess.run([prefix / "bin/movo_net_fake_supplicant", "--script", script, "--run", "true"],
                           capture_output=True, text=True)
-    assert (told.returncode, told.stderr) == (1, "line 1 of the script has no \" => \": PING = PONG\n")
+    line = 3 + lines.count("\n")
+    assert (told.returncode, told.stdout, told.stderr) == (1, "", f"{script}, line {line}: {MISTAKES[lines]}\n")

@@ -30,16 +30,17 @@ def environment(libraries):
 
 def test_every_file_is_there(prefix, libraries):
     headers = {path.name for path in (prefix / "include").iterdir()}
-    assert headers == {path.name for folder in ("movoglue/net/include", "platform/kest/include")
+    assert headers == {path.name for folder in ("movoglue/net/include", "platform/kest/include",
+                                                        "tools/movo_net_tools/include")
                        for path in (REPOSITORY / folder).iterdir()}
-    for name in ("libmovo_net.a", "libkest.a", "libmovo_net.so", "libmovo_net.so.0", "pkgconfig/movo_net.pc",
-                 "cmake/movo_net/movo_net-config.cmake"):
+    for name in ("libmovo_net.a", "libkest.a", "libmovo_net_tools.a", "libmovo_net.so", "libmovo_net.so.0",
+                 "pkgconfig/movo_net.pc", "pkgconfig/movo_net_tools.pc", "cmake/movo_net/movo_net-config.cmake"):
         assert (libraries / name).is_file(), name
     for name in ("bin/recovery_net", "bin/movo_net_shell", "bin/movo_net_fake_supplicant"):
         assert os.access(prefix / name, os.X_OK), name
     for name in ("share/man/man8/recovery_net.8", "share/man/man1/movo_net_shell.1",
-                 "share/man/man1/movo_net_fake_supplicant.1", "share/movo_net/home.script",
-                 "lib/systemd/system/recovery_net.service"):
+                 "share/man/man1/movo_net_fake_supplicant.1", "share/movo_net/home.script", "share/movo_net/vanishing.script",
+                 "share/movo_net/fake_supplicant/world.py", "lib/systemd/system/recovery_net.service"):
         assert (prefix / name).is_file(), name
 
 
@@ -105,12 +106,16 @@ def declared(headers):
     return functions, variables
 
 
+def headers_of_the_glue(prefix, pattern="*.h"):
+    return [header for header in (prefix / "include").glob(pattern) if header.name != "movo_net_tools.h"]
+
+
 def glue_functions(prefix):
-    return declared((prefix / "include").glob("movo_net*.h"))[0]
+    return declared(headers_of_the_glue(prefix, "movo_net*.h"))[0]
 
 
 def test_the_shared_library_shows_what_the_headers_declare_and_nothing_else(prefix, libraries):
-    functions, variables = declared((prefix / "include").glob("*.h"))
+    functions, variables = declared(headers_of_the_glue(prefix))
     assert "Movo_NET_Glue_Init" in functions and "kest_debug_log" in functions
     assert variables >= KEST_VARIABLES | {"movoglue_net_debug", "g_NetworkLinkType"}
 
@@ -133,6 +138,13 @@ def test_the_shared_library_has_a_soname_and_no_paths(libraries):
     dynamic = run("readelf", "-d", libraries / "libmovo_net.so")
     assert "Library soname: [libmovo_net.so.0]" in dynamic
     assert "RPATH" not in dynamic and "RUNPATH" not in dynamic and "TEXTREL" not in dynamic
+
+
+def test_the_tools_library_shows_what_its_header_declares_and_nothing_else(prefix, libraries):
+    functions, variables = declared([prefix / "include/movo_net_tools.h"])
+    assert "Movo_NET_TakeHostLock" in functions and not variables
+    shown = run("nm", "--defined-only", "--extern-only", libraries / "libmovo_net_tools.a")
+    assert set(re.findall(r" \w (\w+)$", shown, re.M)) == functions
 
 
 @pytest.mark.parametrize("compiler", [["gcc", "-std=c11", "-xc"], ["g++", "-std=c++17", "-xc++"]], ids=["C", "C++"])
@@ -178,6 +190,15 @@ def test_examples_build_through_pkg_config(environment, tmp_path):
         assert "undefined symbol" not in run("ldd", "-r", tmp_path / name, env=environment)
 
 
+def test_an_example_leaves_the_network_to_another_host(inside, prefix, environment, tmp_path):
+    run("make", "-C", EXAMPLES, f"BUILD={tmp_path}", env=environment)
+    status, output, errors = inside("sh", "-c", f"""
+        {prefix}/bin/recovery_net & until [ -s /run/movo_net.lock ]; do sleep 0.01; done
+        {tmp_path}/listen_cpp""", env={**environment, "KEST_DEBUG": "0"})
+    assert (status, output) == (1, "")
+    assert re.fullmatch(r"the network has a host: recovery_net, pid \d+\n", errors)
+
+
 def test_examples_build_through_pkg_config_static(environment, tmp_path):
     run("make", "-C", EXAMPLES, f"BUILD={tmp_path}", "LINK=--static", env=environment)
     for name in ("listen_c", "listen_cpp"):
@@ -191,6 +212,38 @@ def test_examples_build_through_find_package(prefix, environment, tmp_path):
         assert "libmovo_net.so.0" in needed(tmp_path / name)
         assert "undefined symbol" not in run("ldd", "-r", tmp_path / name, env=environment)
     assert "libmovo_net.so.0" not in needed(tmp_path / "listen_static")
+
+
+WORDS = """
+#include <movo_net_tools.h>
+#include <stdio.h>
+
+int main(void)
+{
+    MovoNetHost_t other = {"", 0};
+    printf("%s, %s\\n", Movo_NET_ResultText(0), Movo_NET_ReasonText(_MOVO_NET_CALLBACK_DHCP_SUCCESS_));
+    return Movo_NET_TakeHostLock("/nowhere/lock", "words", &other);
+}
+"""
+
+
+def test_an_application_in_c_needs_nothing_else_for_words(environment, tmp_path):
+    (tmp_path / "words.c").write_text(WORDS)
+    flags = run("pkg-config", "--cflags", "--libs", "movo_net_tools", env=environment).split()
+    run("gcc", "-std=c11", "-Wall", "-Wextra", "-Werror", "-o", tmp_path / "words", tmp_path / "words.c", *flags)
+    assert needed(tmp_path / "words") == ["libc.so.6"]
+    result = subprocess.run([tmp_path / "words"], capture_output=True, text=True)
+    assert (result.returncode, result.stdout) == (6, "success, DHCP_SUCCESS\n")
+
+
+def test_the_tools_library_is_found_by_find_package(prefix, tmp_path):
+    (tmp_path / "words.c").write_text(WORDS)
+    (tmp_path / "CMakeLists.txt").write_text("cmake_minimum_required(VERSION 3.25)\nproject(words LANGUAGES C CXX)\n"
+                                             "find_package(movo_net 0.1 REQUIRED)\nadd_executable(words words.c)\n"
+                                             "target_link_libraries(words PRIVATE movo_net::movo_net_tools)\n")
+    run("cmake", "-S", tmp_path, "-B", tmp_path / "build", "-G", "Ninja", f"-DCMAKE_PREFIX_PATH={prefix}")
+    run("cmake", "--build", tmp_path / "build")
+    assert needed(tmp_path / "build/words") == ["libc.so.6"]
 
 
 def test_another_minor_version_is_not_found(prefix, tmp_path):

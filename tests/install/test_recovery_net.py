@@ -8,7 +8,7 @@ import subprocess
 import time
 
 import pytest
-from installing import NAMESPACES
+from installing import HANG_SECONDS, NAMESPACES, run
 
 TOOL = """#!/bin/sh
 grep SigIgn: /proc/self/status > '{folder}/{name}.ignores'
@@ -36,13 +36,13 @@ def daemon(prefix, tmp_path):
     yield start
     for world in worlds:
         if world.poll() is None:
-            os.kill(pid_of(tmp_path), signal.SIGKILL)
-            world.wait(20)
+            world.terminate()
+            world.wait(HANG_SECONDS)
 
 
 def await_command(world, folder, name):
     """Waits until the daemon has run a command; returns the signals that the command ignored."""
-    until = time.monotonic() + 20
+    until = time.monotonic() + HANG_SECONDS
     told = folder / f"{name}.ignores"
     while not (told.exists() and told.read_text().endswith("\n")):
         assert world.poll() is None, f"the daemon ended with {world.returncode}"
@@ -82,3 +82,32 @@ def test_closed_descriptors_are_the_null_device(daemon, tmp_path):
     await_command(world, tmp_path, "lsusb")
     null = os.stat("/dev/null").st_rdev
     assert [os.stat(f"/proc/{pid_of(tmp_path)}/fd/{fd}").st_rdev for fd in range(3)] == 3 * [null]
+
+
+def test_it_prints_its_help_and_its_version(prefix):
+    program = prefix / "bin/recovery_net"
+    assert run(program, "--help").startswith("usage: recovery_net ")
+    assert re.fullmatch(r"recovery_net \d+\.\d+\.\d+\n", run(program, "--version"))
+
+
+def test_an_unknown_option_ends_it_before_it_touches_anything(prefix, inside):
+    status, output, errors = inside("sh", "-c", f"{prefix}/bin/recovery_net --frobnicate; echo $?; find /run /data/tv -maxdepth 1 -type f; ls /data/tv/save")
+    assert (status, output) == (0, "2\n")
+    assert errors.startswith("recovery_net: unknown option --frobnicate\nusage: recovery_net ")
+
+
+def test_a_second_host_names_the_first_and_leaves(daemon, tmp_path):
+    (tmp_path / "go").touch()
+    world = daemon("$daemon & until read pid name < /run/movo_net.lock; do sleep 0.01; done 2> /dev/null; echo $pid $!; "
+                   "$daemon; echo $?; kill -9 $!; wait $!; rm /run/movo_net.lock; mkdir /run/movo_net.lock; "
+                   "exec timeout 1 $daemon", stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
+                   env={**os.environ, "KEST_DEBUG": "0"})
+    output, errors = world.communicate(timeout=HANG_SECONDS)
+    pids, status = output.splitlines()
+    pid, started = pids.split()
+    assert (pid, status) == (started, "1")
+    first, warning = [line for line in errors.splitlines() if line.startswith("recovery_net: ")]
+    assert first == f"recovery_net: the network glue runs already: recovery_net, pid {pid}"
+    assert warning == ("recovery_net: another host of the network glue would not be noticed: /run/movo_net.lock: "
+                       "Is a directory")
+    assert world.returncode == 124    # it went on

@@ -7,7 +7,6 @@
 
 namespace sim {
 namespace {
-constexpr std::int64_t kMicrosecondsPerSecond = 1'000'000;
 
 } // namespace
 

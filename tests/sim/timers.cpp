@@ -4,7 +4,6 @@
 
 namespace sim {
 namespace {
-constexpr std::int64_t kMicrosecondsPerSecond = 1'000'000;
 
 Timer& timerOf(timer_t id)
 {

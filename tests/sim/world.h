@@ -22,6 +22,8 @@
 #endif
 
 namespace sim {
+inline constexpr std::int64_t kMicrosecondsPerSecond = 1'000'000;
+
 /** Everything there is. Never destroyed: a thread that the product leaves behind may still wait in it. */
 struct World {
     std::atomic<bool> active{false};

@@ -12,6 +12,9 @@ namespace {
 constexpr int kLookMs = 1;
 constexpr int kNameLength = 8;
 
+constexpr RETURN_TYPE kFailed = 1;
+
+bool (*s_becomeHost)();
 int s_users; // starts without a stop
 bool s_stopped;
 
@@ -71,8 +74,16 @@ RETURN_TYPE startWithCallback()
 }
 } // namespace
 
+void setHostCheck(bool (*becomeHost)())
+{
+    s_becomeHost = becomeHost;
+}
+
 RETURN_TYPE startGlue()
 {
+    if (s_becomeHost != nullptr && !s_becomeHost()) {
+        return kFailed;
+    }
     s_users++;
     return Movo_NET_IsInitializationDone(kAppId) != 0 ? Movo_NET_Glue_Init() : startWithCallback();
 }

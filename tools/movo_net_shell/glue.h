@@ -10,6 +10,9 @@ namespace shell {
 /** Every public call takes one and ignores it. */
 constexpr kest_sint32 kAppId = 0;
 
+/** What has to be true for a start; NULL: nothing. */
+void setHostCheck(bool (*becomeHost)());
+
 /** Starts the glue with the callback in place for what the first look finds, or counts one more user. */
 RETURN_TYPE startGlue();
 

@@ -1,21 +1,43 @@
 /** movo_net_shell: a person's way into every public call of the network glue. */
 #include "shell.h"
 
+#include <cerrno>
 #include <csignal>
 #include <cstring>
 #include <fcntl.h>
 #include <kest.h>
 #include <movo_net.h>
+#include <movo_net_tools.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
 constexpr char kUsage[] =
     "usage: movo_net_shell [--no-start] [--programs FOLDER] [--play SCRIPT]\n"
+    "       movo_net_shell --help | --version\n"
     "\n"
     "Runs the network glue and the commands that it reads from standard input; the command help\n"
     "lists them. With --no-start the glue waits for the command start. The programs of FOLDER are\n"
     "commands too. The commands of SCRIPT are shown and run first.\n";
+
+/** True unless another process hosts the glue, which is reported. */
+bool becomeHost()
+{
+    static bool s_isHost;
+    MovoNetHost_t other;
+    const RETURN_TYPE result = s_isHost ? 0 : Movo_NET_TakeHostLock(nullptr, "movo_net_shell", &other);
+    if (result == 1) {
+        (void)std::fprintf(stderr, "movo_net_shell: the network glue runs already: %s, pid %d\n",
+                           other.name[0] != '\0' ? other.name : "an unknown program", other.pid);
+        return false;
+    }
+    if (result != 0) {
+        (void)std::fprintf(stderr, "movo_net_shell: another host of the network glue would not be noticed: %s: %s\n",
+                           MOVO_NET_HOST_FILE, std::strerror(errno));
+    }
+    s_isHost = true;
+    return true;
+}
 
 /**
  * The shell's own way to standard output. What the glue and its commands print there goes to standard error from now
@@ -68,11 +90,18 @@ int main(int argc, char** argv)
         } else if (std::strcmp(argv[i], "--help") == 0 || std::strcmp(argv[i], "-h") == 0) {
             (void)std::fputs(kUsage, stdout);
             return shell::kStatusGood;
+        } else if (std::strcmp(argv[i], "--version") == 0) {
+            (void)std::puts("movo_net_shell " MOVO_NET_VERSION);
+            return shell::kStatusGood;
         } else {
             (void)std::fputs(kUsage, stderr);
             return shell::kStatusNotUnderstood;
         }
     }
+    if (options.startGlue && !becomeHost()) {
+        return shell::kStatusUnmet;
+    }
+    options.becomeHost = becomeHost;
     setUp();
     options.output = takeOutput();
     options.saved = "/data/tv/save";

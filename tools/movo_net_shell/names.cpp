@@ -2,14 +2,17 @@
 
 #include "text.h"
 
+#include <array>
 #include <kest.h>
+#include <movo_net_tools.h>
 #include <strings.h>
 
 namespace shell {
 std::span<const Name> resultNames()
 {
-    static constexpr Name kNames[] = {{0, "success"},       {1, "failure"},          {3, "buffer too small"},
-                                      {4, "out of memory"}, {5, "invalid argument"}, {6, "not supported"}};
+    static const Name kNames[] = {{0, Movo_NET_ResultText(0)}, {1, Movo_NET_ResultText(1)},
+                                  {3, Movo_NET_ResultText(3)}, {4, Movo_NET_ResultText(4)},
+                                  {5, Movo_NET_ResultText(5)}, {6, Movo_NET_ResultText(6)}};
     return kNames;
 }
 
@@ -42,24 +45,14 @@ std::span<const Name> stateNames()
 
 std::span<const Name> reasonNames()
 {
-    static constexpr Name kNames[] = {{_MOVO_NET_CALLBACK_IFFOUND_, "IFFOUND"},
-                                      {_MOVO_NET_CALLBACK_IFREMOVED_, "IFREMOVED"},
-                                      {_MOVO_NET_CALLBACK_IFDISCONNECTED_, "IFDISCONNECTED"},
-                                      {_MOVO_NET_CALLBACK_IFCONNECTED_, "IFCONNECTED"},
-                                      {_MOVO_NET_CALLBACK_IFACTIVED_, "IFACTIVED"},
-                                      {_MOVO_NET_CALLBACK_IFDEACTIVED_, "IFDEACTIVED"},
-                                      {_MOVO_NET_CALLBACK_IPCHANGED_, "IPCHANGED"},
-                                      {_MOVO_NET_CALLBACK_WIFISCANDONE_, "WIFISCANDONE"},
-                                      {_MOVO_NET_CALLBACK_WIFIESSSUPDATED_, "WIFIESSSUPDATED"},
-                                      {_MOVO_NET_CALLBACK_WIFIBADKEY_, "WIFIBADKEY"},
-                                      {_MOVO_NET_CALLBACK_WIFITIMEOUT_, "WIFITIMEOUT"},
-                                      {_MOVO_NET_CALLBACK_SOFTAPSCAN_, "SOFTAPSCAN"},
-                                      {_MOVO_NET_CALLBACK_SOFTAPCONNECTED_, "SOFTAPCONNECTED"},
-                                      {_MOVO_NET_CALLBACK_SOFTAPDISCONNECTED_, "SOFTAPDISCONNECTED"},
-                                      {_MOVO_NET_CALLBACK_STATICIP_SUCCESS_, "STATICIP_SUCCESS"},
-                                      {_MOVO_NET_CALLBACK_STATICIP_FAILED_, "STATICIP_FAILED"},
-                                      {_MOVO_NET_CALLBACK_DHCP_SUCCESS_, "DHCP_SUCCESS"},
-                                      {_MOVO_NET_CALLBACK_DHCP_FAILED_, "DHCP_FAILED"}};
+    static const auto kNames = [] {
+        std::array<Name, _MOVO_NET_CALLBACK_DHCP_FAILED_ + 1> names{};
+        for (int reason = 0; Name & name : names) {
+            name = {reason, Movo_NET_ReasonText(static_cast<MovoNetCBReason_e>(reason))};
+            reason++;
+        }
+        return names;
+    }();
     return kNames;
 }
 

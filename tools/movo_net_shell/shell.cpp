@@ -214,6 +214,7 @@ int Shell::run()
 int run(const Options& options)
 {
     catchInterrupts();
+    setHostCheck(options.becomeHost);
     setProgramFolder(options.programs);
     setSavedFolder(options.saved);
     const int status = Shell(options).run();

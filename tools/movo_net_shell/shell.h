@@ -16,6 +16,7 @@ struct Options {
     const char* programs = nullptr; // folder whose programs are commands too
     const char* saved = nullptr;    // folder of the files that calls write: a warning when they do not
     int play = -1;                  // descriptor whose lines are shown and run before those of the input
+    bool (*becomeHost)() = nullptr; // asked before each start; false: another process hosts the glue
 };
 
 /**

@@ -116,7 +116,8 @@ RETURN_TYPE Movo_NET_EnableIface(kest_sint32 appid, const char* ifname);
  * Marks an interface as not wanted and takes it down; the default route moves to the best of the others. Not saved.
  * The interface comes back by itself when its cable is pulled and returned. A retry that is due after a lost lease (at
  * most 10 minutes later) starts the DHCP client of a wired interface again, and with its lease the interface is
- * connected.
+ * connected. When its cable is pulled after that, its default route and name servers stay until another interface gets
+ * an address or is taken down.
  *
  * @param[in] appid   Ignored.
  * @param[in] ifname  The interface.

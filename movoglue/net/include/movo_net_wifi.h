@@ -28,8 +28,9 @@ extern "C" {
  * @par Threads    Any, also from inside the callback. Waits for the supplicant's answer.
  * @par Locks      ifaceListLock during the look-up; then those of the link to the supplicant, and eventListLock while a
  * timer is replaced, an address given back or the callback called.
- * @par Callbacks  WIFISCANDONE when it has ended, after 30 s at the latest; also after a refusal for being busy. The
- * end of a scan that was started inside the WIFISCANDONE of one that took the 30 s is not told.
+ * @par Callbacks  WIFISCANDONE when it has ended, after 30 s at the latest, or before the call has returned; also after
+ * a refusal for being busy. The end of a scan that was started inside the WIFISCANDONE of one that took the 30 s is not
+ * told.
  */
 RETURN_TYPE Movo_NET_WifiScanEsss(kest_sint32 appid, const char* ifname);
 
@@ -76,7 +77,9 @@ RETURN_TYPE Movo_NET_WifiUpdateEsss(kest_sint32 appid, const char* ifname);
  * @par Threads    Any, also from inside the callback. Waits for the supplicant's answer.
  * @par Locks      ifaceListLock during the look-up; then those of the link to the supplicant, and eventListLock while
  * the network is enabled, a timer replaced, an address given back or the callback called.
- * @par Callbacks  IFCONNECTED, then those of the address; or WIFIBADKEY; or WIFITIMEOUT after 30 s.
+ * @par Callbacks  IFCONNECTED, then those of the address; or WIFIBADKEY; or WIFITIMEOUT after 30 s. After WIFIBADKEY
+ * the network is removed, and a join or WPS that was begun inside that callback goes with it, with no callback: begin
+ * it when the callback has returned.
  */
 RETURN_TYPE Movo_NET_WifiConnectEss(kest_sint32 appid, const char* ifname, const char* essid);
 
@@ -93,7 +96,9 @@ RETURN_TYPE Movo_NET_WifiConnectEss(kest_sint32 appid, const char* ifname, const
  * @par Threads    Any, also from inside the callback. Waits for the supplicant's answer.
  * @par Locks      ifaceListLock during the look-up; then those of the link to the supplicant, and eventListLock while a
  * timer is replaced, an address given back or the callback called.
- * @par Callbacks  IFDISCONNECTED, on this thread, before it returns 0.
+ * @par Callbacks  IFDISCONNECTED, on this thread, before it returns 0. Called inside the IFDISCONNECTED of a network
+ * that was lost, it leaves that one, yet the interface counts as reconnecting until the next join or leave: leave when
+ * the callback has returned.
  */
 RETURN_TYPE Movo_NET_WifiDisConnect(kest_sint32 appid, const char* ifname);
 

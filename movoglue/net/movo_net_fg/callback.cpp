@@ -49,7 +49,7 @@ RETURN_TYPE NotifyApp(MovoNetCBReason_e reason, void* param)
 
 RETURN_TYPE Movo_NET_InstallCallback(kest_sint32 /*appid*/, MovoNetCallback_t callback, void* context, int* cbid)
 {
-    if (!get(s_bIsInitDone)) {
+    if (!load(s_bIsInitDone)) {
         NET_ERROR("Movo_net init is not done, calling movo_net func may fail\n");
     }
     if (cbid == nullptr) {
@@ -70,7 +70,7 @@ RETURN_TYPE Movo_NET_InstallCallback(kest_sint32 /*appid*/, MovoNetCallback_t ca
 
 RETURN_TYPE Movo_NET_UnInstallCallback(kest_sint32 /*appid*/, int /*cbid*/)
 {
-    if (!get(s_bIsInitDone)) {
+    if (!load(s_bIsInitDone)) {
         NET_ERROR("s_bIsInitDone=false\n");
     }
     const ScopedLock lock(callbackListLock);

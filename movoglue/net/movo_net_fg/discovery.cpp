@@ -104,7 +104,7 @@ Discovery discover(const char* name, CallSite at)
         discard(iface);
         return Discovery::End;
     }
-    if (get(s_bThreadTerminating)) { // the list may have been emptied, and nobody would end this one
+    if (load(s_bThreadTerminating)) { // the list may have been emptied, and nobody would end this one
         discard(iface);
         return Discovery::End;
     }

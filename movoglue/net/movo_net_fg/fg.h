@@ -3,8 +3,8 @@
 #define MOVO_NET_FG_FG_H
 
 #include "movo_net_internal.h"
+#include "support/atomic.h"
 #include "support/lock.h"
-#include "support/shared.h"
 
 namespace movonet {
 /** Held, never waited for, while the link-status pass runs: one pass at a time. First in the lock order of this module.
@@ -24,11 +24,11 @@ extern kest_bool s_bThreadTerminating;
 /** The first record of the list, and the one after `iface`; NULL at the end. With or without ifaceListLock. */
 inline MovoNetIface_t* firstInterface()
 {
-    return get(s_pInterfaces);
+    return load(s_pInterfaces);
 }
 inline MovoNetIface_t* nextInterface(const MovoNetIface_t* iface)
 {
-    return get(iface->next);
+    return load(iface->next);
 }
 
 /** Puts a record that is complete at the list's end. The caller holds ifaceListLock. */
@@ -55,7 +55,7 @@ MovoNetIface_t* highestPriority(Qualifies qualifies)
 {
     MovoNetIface_t* best = nullptr;
     for (MovoNetIface_t* iface = firstInterface(); iface != nullptr; iface = nextInterface(iface)) {
-        if (qualifies(*iface) && (best == nullptr || get(iface->priority) > get(best->priority))) {
+        if (qualifies(*iface) && (best == nullptr || load(iface->priority) > load(best->priority))) {
             best = iface;
         }
     }

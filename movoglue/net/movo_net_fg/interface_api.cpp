@@ -39,18 +39,18 @@ const MovoNetIface_t* interfaceAt(int position)
 
 bool isActivedLink(const MovoNetIface_t& ift)
 {
-    return get(ift.isActived) && ift.type != _MOVO_NET_IFACE_LO_;
+    return load(ift.isActived) && ift.type != _MOVO_NET_IFACE_LO_;
 }
 
 void disable(MovoNetIface_t& ift)
 {
     const LoopGate gate; // no activation finds it inactive while its link is still open
-    set(ift.isEnabled, kFalse);
-    set(ift.isActived, kFalse);
-    set(ift.isConnected, kFalse);
+    store(ift.isEnabled, kFalse);
+    store(ift.isActived, kFalse);
+    store(ift.isConnected, kFalse);
     (void)ShutdownDhcpcd(&ift, kKeepIfconfig);
     clearAddresses(ift);
-    set(ift.macaddr, 0);
+    store(ift.macaddr, 0);
     if (ift.type == _MOVO_NET_IFACE_WIFI_) {
         (void)ShutdownWpactrl(&ift);
     }
@@ -153,9 +153,9 @@ RETURN_TYPE Movo_NET_EnableIface(kest_sint32 /*appid*/, const char* ifname)
     if (ift == nullptr) {
         return kFail;
     }
-    set(ift->isEnabled, kTrue);
+    store(ift->isEnabled, kTrue);
     (void)SaveNetConfig();
-    if (!get(ift->isAvailable)) {
+    if (!load(ift->isAvailable)) {
         NET_INFO("ifname not available: %s\n", ifname);
         return kFail; // Deliberate: enabled and saved all the same.
     }
@@ -170,7 +170,7 @@ RETURN_TYPE Movo_NET_DisableIface(kest_sint32 /*appid*/, const char* ifname)
     if (ift == nullptr) {
         return kFail;
     }
-    set(ift->isEnabled, kFalse); // Deliberate: not saved.
+    store(ift->isEnabled, kFalse); // Deliberate: not saved.
     NET_REQUIRE(ift->funcs.Active != nullptr, "ift->funcs.Active");
     NET_INFO("ifname=%s\n", ifname);
     return ift->funcs.Active(ift, kFalse);
@@ -182,7 +182,7 @@ RETURN_TYPE Movo_NET_DisableAllIfaces(kest_sint32 /*appid*/)
         return kFail;
     }
     for (MovoNetIface_t* ift = firstInterface(); ift != nullptr; ift = nextInterface(ift)) {
-        if (get(ift->isEnabled)) {
+        if (load(ift->isEnabled)) {
             disable(*ift);
         }
     }
@@ -195,7 +195,7 @@ kest_bool Movo_NET_IsEnabledIface(kest_sint32 /*appid*/, const char* ifname)
         return kTrue;
     }
     const MovoNetIface_t* ift = listedInterface(ifname);
-    return ift != nullptr ? get(ift->isEnabled) : kFalse;
+    return ift != nullptr ? load(ift->isEnabled) : kFalse;
 }
 
 kest_bool Movo_NET_IsActivedIface(kest_sint32 /*appid*/, const char* ifname)
@@ -207,11 +207,11 @@ kest_bool Movo_NET_IsActivedIface(kest_sint32 /*appid*/, const char* ifname)
     if (ift == nullptr) {
         return kFalse;
     }
-    if (!get(ift->isEnabled)) {
+    if (!load(ift->isEnabled)) {
         NET_ERROR("iface not enabled: %s\n", ifname);
         return kFalse;
     }
-    return get(ift->isActived);
+    return load(ift->isActived);
 }
 
 RETURN_TYPE Movo_NET_GetActivedIface(kest_sint32 /*appid*/, int* retval)
@@ -273,7 +273,7 @@ RETURN_TYPE Movo_NET_SetIfacePriority(kest_sint32 /*appid*/, const char* ifname,
         return kFail;
     }
     NET_INFO("set %s priority to %d\n", ifname, priority);
-    set(ift->priority, priority);
+    store(ift->priority, priority);
     (void)SaveNetConfig();
     return ResetGwAndDns();
 }

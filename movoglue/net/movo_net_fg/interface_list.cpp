@@ -17,7 +17,7 @@ void append(MovoNetIface_t*& list, MovoNetIface_t* iface)
     while (*link != nullptr) {
         link = &(*link)->next;
     }
-    set(*link, iface);
+    store(*link, iface);
 }
 } // namespace
 
@@ -35,14 +35,14 @@ MovoNetIface_t* takeHeadInterface()
 {
     MovoNetIface_t* head = s_pInterfaces;
     if (head != nullptr) {
-        set(s_pInterfaces, head->next);
+        store(s_pInterfaces, head->next);
     }
     return head;
 }
 
 void retireInterface(MovoNetIface_t* iface)
 {
-    set(iface->next, nullptr);
+    store(iface->next, nullptr);
     append(s_pRetired, iface);
 }
 } // namespace movonet

@@ -21,7 +21,7 @@ bool hasNameServer()
 void copyUnlessNull(unsigned int* to, const std::uint32_t& field)
 {
     if (to != nullptr) {
-        *to = get(field);
+        *to = load(field);
     }
 }
 } // namespace
@@ -32,11 +32,11 @@ RETURN_TYPE Movo_NET_ConfigIPMode(kest_sint32 /*appid*/, const char* ifname, Mov
     if (ift == nullptr) {
         return kFail;
     }
-    if (get(ift->ipMode) == mode) {
+    if (load(ift->ipMode) == mode) {
         return kOk;
     }
     NET_INFO("set %s to %d\n", ifname, static_cast<int>(mode));
-    set(ift->ipMode, mode);
+    store(ift->ipMode, mode);
     (void)SaveNetConfig();
     return CreateConfigIPThread(ift);
 }
@@ -61,16 +61,16 @@ RETURN_TYPE Movo_NET_GetIP(kest_sint32 /*appid*/, const char* ifname, unsigned i
     if (ift == nullptr) {
         return kFail;
     }
-    if (!get(ift->isConnected)) {
+    if (!load(ift->isConnected)) {
         NET_INFO("interface not connected\n");
         *ip = *mask = *gateway = *dns1 = *dns2 = 0;
         return kOk;
     }
-    *ip = get(ift->ipv4);
-    *mask = get(ift->maskv4);
-    *gateway = get(ift->gwv4);
-    *dns1 = get(ift->dns1v4);
-    *dns2 = get(ift->dns2v4);
+    *ip = load(ift->ipv4);
+    *mask = load(ift->maskv4);
+    *gateway = load(ift->gwv4);
+    *dns1 = load(ift->dns1v4);
+    *dns2 = load(ift->dns2v4);
     return kOk;
 }
 
@@ -86,11 +86,11 @@ RETURN_TYPE Movo_NET_ConfigIPStatic(kest_sint32 /*appid*/, const char* ifname, u
     if (ift == nullptr) {
         return kFail;
     }
-    set(ift->sipv4, ip);
-    set(ift->smaskv4, mask);
-    set(ift->sgwv4, gateway);
-    set(ift->sdns1v4, dns1);
-    set(ift->sdns2v4, dns2);
+    store(ift->sipv4, ip);
+    store(ift->smaskv4, mask);
+    store(ift->sgwv4, gateway);
+    store(ift->sdns1v4, dns1);
+    store(ift->sdns2v4, dns2);
     return CreateConfigIPThread(ift);
 }
 
@@ -139,7 +139,7 @@ kest_bool Movo_NET_IsNetworkOK(kest_sint32 /*appid*/)
         return kFalse;
     }
     for (const MovoNetIface_t* ift = firstInterface(); ift != nullptr; ift = nextInterface(ift)) {
-        if (ift->type != _MOVO_NET_IFACE_LO_ && get(ift->isActived) && get(ift->isConnected)) {
+        if (ift->type != _MOVO_NET_IFACE_LO_ && load(ift->isActived) && load(ift->isConnected)) {
             return hasNameServer() ? kTrue : kFalse;
         }
     }
@@ -152,7 +152,7 @@ RETURN_TYPE Movo_NET_ClearIP(kest_sint32 /*appid*/, const char* ifname)
     if (ift == nullptr) {
         return kFail;
     }
-    if (!get(ift->isConnected)) {
+    if (!load(ift->isConnected)) {
         NET_INFO("Interface: %s not connected\n", ifname);
         return kOk;
     }

@@ -90,12 +90,12 @@ Start decideStart()
 {
     (void)pthread_mutex_lock(&s_startDecision);
     Start start = Start::Mine;
-    if (get(s_bIsInitializing)) {
+    if (load(s_bIsInitializing)) {
         start = Start::Others;
-    } else if (get(s_bIsInitDone)) {
+    } else if (load(s_bIsInitDone)) {
         start = Start::Done;
     } else {
-        set(s_bIsInitializing, kTrue);
+        store(s_bIsInitializing, kTrue);
     }
     (void)pthread_mutex_unlock(&s_startDecision);
     return start;
@@ -106,10 +106,10 @@ Start decideStart()
 RETURN_TYPE waitForOtherStart(CallSite at)
 {
     NET_LOG_AT(at, KEST_LEVEL_INFO, "initializing\n");
-    while (get(s_bIsInitializing)) {
+    while (load(s_bIsInitializing)) {
         Kest_Util_Delay(kStartPollMs);
     }
-    return get(s_bIsInitDone) ? kOk : kFail;
+    return load(s_bIsInitDone) ? kOk : kFail;
 }
 
 RETURN_TYPE firstLook()
@@ -164,7 +164,7 @@ RETURN_TYPE dropInterfaces(CallSite at)
 /** A start that was under way may have filled the list again, and a link pass reported the glue done. */
 void undoLatePass()
 {
-    set(s_bIsInitDone, kFalse);
+    store(s_bIsInitDone, kFalse);
     const ScopedLock lock(ifaceListLock);
     if (!lock) {
         return;
@@ -205,19 +205,19 @@ RETURN_TYPE Movo_NET_Glue_Init(void)
         break;
     }
     const RETURN_TYPE result = start(NET_HERE);
-    set(s_bIsInitializing, kFalse);
+    store(s_bIsInitializing, kFalse);
     return result;
 }
 
 RETURN_TYPE Movo_NET_Glue_Exit(void)
 {
-    NET_INFO("s_iInitCount=%d\n", get(s_iInitCount));
+    NET_INFO("s_iInitCount=%d\n", load(s_iInitCount));
     if (__atomic_sub_fetch(&s_iInitCount, 1, __ATOMIC_ACQ_REL) > 0) {
         return kOk;
     }
     NET_INFO("deinit\n");
-    set(s_bIsInitDone, kFalse);
-    set(s_bThreadTerminating, kTrue);
+    store(s_bIsInitDone, kFalse);
+    store(s_bThreadTerminating, kTrue);
     ScopedLock runningCallback(callbackListLock);
     if (!runningCallback) {
         NET_ERROR("lock mutex failed\n");
@@ -239,5 +239,5 @@ void WaitForChild2Exit(void)
 
 kest_bool Movo_NET_IsInitializationDone(kest_sint32 /*appid*/)
 {
-    return get(s_bIsInitDone);
+    return load(s_bIsInitDone);
 }

@@ -16,28 +16,28 @@ int canActive(MovoNetIface_t& iface)
 
 void makeAvailable(MovoNetIface_t& iface, CallSite at)
 {
-    const bool wasActive = get(iface.isActived) != kFalse;
-    set(iface.isAvailable, kTrue);
+    const bool wasActive = load(iface.isActived) != kFalse;
+    store(iface.isAvailable, kTrue);
     // Deliberate: always visible.
     NET_LOG_AT(at, KEST_LEVEL_ERROR, "link:interface available, start to active iface %s\n", iface.name);
     if (iface.funcs.Active(&iface, kTrue) != kOk) {
         NET_LOG_AT(at, KEST_LEVEL_ERROR, "link:activate %s failed\n", iface.name);
-        set(iface.isAvailable, kFalse);
+        store(iface.isAvailable, kFalse);
         if (!wasActive) {
-            set(iface.isActived, kFalse); // or the next pass would not try again
+            store(iface.isActived, kFalse); // or the next pass would not try again
         }
         return;
     }
-    set(iface.isEnabled, kTrue);
+    store(iface.isEnabled, kTrue);
     (void)NotifyApp(_MOVO_NET_CALLBACK_IFFOUND_, &iface);
 }
 
 void makeUnavailable(MovoNetIface_t& iface, CallSite at)
 {
-    set(iface.isAvailable, kFalse);
+    store(iface.isAvailable, kFalse);
     // Deliberate: always visible.
     NET_LOG_AT(at, KEST_LEVEL_ERROR, "link:interface removed %s\n", iface.name);
-    set(iface.isConnected, kFalse);
+    store(iface.isConnected, kFalse);
     (void)NotifyApp(_MOVO_NET_CALLBACK_IFREMOVED_, &iface);
     if (iface.funcs.Active(&iface, kFalse) != kOk) {
         NET_LOG_AT(at, KEST_LEVEL_ERROR, "link:deactivate %s failed\n", iface.name);
@@ -54,9 +54,9 @@ void checkLink(MovoNetIface_t& iface, CallSite at)
 {
     const bool present = IsInterfacePresent(iface.name) != kFalse;
     const bool can = canActive(iface) == 1;
-    const bool available = get(iface.isAvailable) != kFalse;
+    const bool available = load(iface.isAvailable) != kFalse;
     if (present && can) {
-        if (!available && !get(s_bThreadTerminating)) { // nobody would read what a client of a stopped glue reports
+        if (!available && !load(s_bThreadTerminating)) { // nobody would read what a client of a stopped glue reports
             makeAvailable(iface, at);
         }
     } else if (available && isGone(iface, present, can)) {
@@ -94,8 +94,8 @@ RETURN_TYPE OnLinkStatusEventRev(int /*fd*/, void* /*data*/, kest_bool /*isTimeo
         }
     }
     listLock.unlock();
-    if (!get(s_bThreadTerminating)) {
-        set(s_bIsInitDone, kTrue);
+    if (!load(s_bThreadTerminating)) {
+        store(s_bIsInitDone, kTrue);
     }
     return kOk;
 }

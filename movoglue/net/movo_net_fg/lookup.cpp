@@ -10,7 +10,7 @@ constexpr movonet::LogModule kLog{"movo_net_fg", &movoglue_net_debug};
 namespace movonet {
 bool started(CallSite at)
 {
-    if (!get(s_bIsInitDone)) {
+    if (!load(s_bIsInitDone)) {
         NET_LOG_AT(at, KEST_LEVEL_ERROR, "s_bIsInitDone=false\n");
         return false;
     }

@@ -3,8 +3,8 @@
 #define MOVO_NET_FG_LOOKUP_H
 
 #include "movo_net_internal.h"
+#include "support/atomic.h"
 #include "support/report.h"
-#include "support/shared.h"
 
 #include <kest.h>
 
@@ -44,7 +44,7 @@ RETURN_TYPE readInterface(const char* ifname, Field MovoNetIface_t::*field, Fiel
     if (ift == nullptr) {
         return kFail;
     }
-    *out = get(ift->*field);
+    *out = load(ift->*field);
     return kOk;
 }
 } // namespace movonet

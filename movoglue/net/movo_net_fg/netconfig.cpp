@@ -136,6 +136,7 @@ Records<kMostSaved> copyInterfaces()
 bool writeRecords(int fd, const Records<kMostSaved>& records, CallSite at)
 {
     const UniqueFd file(fd);
+    const SlowWatch watch(kTemporary); // each write waits for the disk
     const std::uint32_t value = records.check();
     std::array<std::uint8_t, kCheckSize> check;
     encodeCheck(value, check);
@@ -178,7 +179,7 @@ RETURN_TYPE LoadNetConfig(void)
         return kFail;
     }
     MovoNetIface_t* old = firstInterface();
-    set(s_pInterfaces, list);
+    store(s_pInterfaces, list);
     retireAll(old);
     return kOk;
 }

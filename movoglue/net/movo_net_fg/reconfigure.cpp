@@ -43,16 +43,16 @@ bool startDetached(void* (*body)(void*), void* arg)
 void stopStrayClient(MovoNetIface_t* pIface)
 {
     const LoopGate gate;
-    const bool stray = !get(pIface->isActived) && !get(pIface->isConnected) && get(pIface->dhcpcfd) != kNoFd;
-    if (stray && get(pIface->ipMode) != _MOVO_NET_IPMODE_AUTOIP_) {
+    const bool stray = !load(pIface->isActived) && !load(pIface->isConnected) && load(pIface->dhcpcfd) != kNoFd;
+    if (stray && load(pIface->ipMode) != _MOVO_NET_IPMODE_AUTOIP_) {
         (void)ShutdownDhcpcd(pIface, kRelease);
     }
 }
 
 bool mayHoldDefaultRoute(const MovoNetIface_t& iface)
 {
-    return get(iface.isConnected) && iface.type != _MOVO_NET_IFACE_LO_ &&
-           get(iface.ipStatus) != _MOVO_NET_IPSTATUS_DHCP_AUTOIP_;
+    return load(iface.isConnected) && iface.type != _MOVO_NET_IFACE_LO_ &&
+           load(iface.ipStatus) != _MOVO_NET_IPSTATUS_DHCP_AUTOIP_;
 }
 
 /** The two steps of ResetGwAndDns after its choice; they speak for it. */
@@ -63,7 +63,7 @@ RETURN_TYPE resetGateway(MovoNetIface_t& iface, CallSite at)
     if (routes < 0) {
         return kOk;
     }
-    const std::uint32_t gateway = get(iface.gwv4);
+    const std::uint32_t gateway = load(iface.gwv4);
     const auto gw = octets(gateway);
     NET_LOG_AT(at, KEST_LEVEL_INFO, "set gateway to %d.%d.%d.%d\n", gw[0], gw[1], gw[2], gw[3]);
     if (SetDefaultGateway(iface.name, gateway, routes) != kOk) {
@@ -75,8 +75,8 @@ RETURN_TYPE resetGateway(MovoNetIface_t& iface, CallSite at)
 
 RETURN_TYPE resetDns(MovoNetIface_t& iface, CallSite at)
 {
-    const std::uint32_t dns1 = get(iface.dns1v4);
-    const std::uint32_t dns2 = get(iface.dns2v4);
+    const std::uint32_t dns1 = load(iface.dns1v4);
+    const std::uint32_t dns2 = load(iface.dns2v4);
     std::uint32_t current1 = 0;
     std::uint32_t current2 = 0;
     if (GetDNS(&current1, &current2) == kOk && current1 == dns1 && current2 == dns2) {
@@ -86,7 +86,7 @@ RETURN_TYPE resetDns(MovoNetIface_t& iface, CallSite at)
     const auto d2 = octets(dns2);
     NET_LOG_AT(at, KEST_LEVEL_INFO, "set DNS to %d.%d.%d.%d, %d.%d.%d.%d\n", d1[0], d1[1], d1[2], d1[3], d2[0], d2[1],
                d2[2], d2[3]);
-    const MovoNetIPMode_e mode = get(iface.ipMode);
+    const MovoNetIPMode_e mode = load(iface.ipMode);
     if (mode == _MOVO_NET_IPMODE_STATIC_ || mode == _MOVO_NET_IPMODE_DNSONLY_) {
         return SetDNS(dns1, dns2);
     }
@@ -103,7 +103,7 @@ void* ConfigIPThread(void* arg)
     auto* pIface = static_cast<MovoNetIface_t*>(arg);
     const ConfiguringGuard guard;
     (void)SaveNetConfig();
-    if (get(pIface->isActived) && configureActive(pIface, kNoForce) == kFail) {
+    if (load(pIface->isActived) && configureActive(pIface, kNoForce) == kFail) {
         (void)NotifyApp(_MOVO_NET_CALLBACK_DHCP_FAILED_, pIface);
     }
     stopStrayClient(pIface);

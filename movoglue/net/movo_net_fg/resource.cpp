@@ -34,9 +34,9 @@ RETURN_TYPE Movo_NET_SetResourceAllocation(kest_sint32 resid, kest_sint32 nbrcli
         NET_REPORT("nbrclients <= ((1))");
         return kFail;
     }
-    set(m_nbrclients, nbrclients);
+    store(m_nbrclients, nbrclients);
     if (nbrclients == kMaxClients && appid != nullptr) {
-        set(m_appid[0], *appid);
+        store(m_appid[0], *appid);
     }
     return kOk;
 }
@@ -46,15 +46,15 @@ RETURN_TYPE Movo_NET_SetClientResourceAllocation(kest_sint32 resid, kest_sint32 
     if (!isOurs(resid, NET_HERE)) {
         return kFail;
     }
-    const kest_sint32 before = get(m_nbrclients);
+    const kest_sint32 before = load(m_nbrclients);
     const std::int64_t sum = std::int64_t{before} + nbrclients; // neither count is bounded below
     if (sum > kMaxClients) {
         NET_REPORT("nbrallocatedclients + nbrclients <= ((1))");
         return kFail;
     }
-    set(m_nbrclients, static_cast<kest_sint32>(sum < INT32_MIN ? INT32_MIN : sum));
+    store(m_nbrclients, static_cast<kest_sint32>(sum < INT32_MIN ? INT32_MIN : sum));
     if (sum > before && before == 0 && appid != nullptr) { // the only place that the array has
-        set(m_appid[0], *appid);
+        store(m_appid[0], *appid);
     }
     return kOk;
 }

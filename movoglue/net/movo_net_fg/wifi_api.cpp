@@ -32,7 +32,7 @@ RETURN_TYPE forward(MovoNetIface_t* ift, RETURN_TYPE (*MovoNetIfaceFunc_t::*slot
 
 bool isConnectedWifi(const MovoNetIface_t& iface)
 {
-    return get(iface.isActived) && get(iface.isConnected) && iface.type == _MOVO_NET_IFACE_WIFI_;
+    return load(iface.isActived) && load(iface.isConnected) && iface.type == _MOVO_NET_IFACE_WIFI_;
 }
 } // namespace
 
@@ -167,7 +167,7 @@ RETURN_TYPE Movo_NET_WifiIsReconnecting(kest_sint32 /*appid*/, const char* ifnam
 
 RETURN_TYPE Movo_NET_WifiSetSecurityType(kest_sint32 /*appid*/, MovoNetWifiUISecurity_e SecurityType)
 {
-    set(g_UISecurityType, SecurityType);
+    store(g_UISecurityType, SecurityType);
     return kOk;
 }
 

@@ -1,8 +1,8 @@
 #include "movo_net_fl_common/common.h"
 #include "movo_net_fl_eventloop/eventloop.h"
+#include "support/atomic.h"
 #include "support/ifreq.h"
 #include "support/log.h"
-#include "support/shared.h"
 #include "support/text.h"
 
 #include <array>
@@ -22,28 +22,28 @@ RETURN_TYPE readField(const Field& field, Field* out)
     if (out == nullptr) {
         return kBadArgument;
     }
-    *out = get(field);
+    *out = load(field);
     return kOk;
 }
 
 /** Puts the six bytes where they belong in the 64-bit value; the two others keep theirs. */
 void storeMac(std::int64_t& to, const Mac& mac)
 {
-    std::int64_t value = get(to);
+    std::int64_t value = load(to);
     std::memcpy(&value, mac.data(), mac.size());
-    set(to, value);
+    store(to, value);
 }
 
 /** False when another thread has taken the interface down meanwhile; a reselection would choose it. */
 bool connectStatic(MovoNetIface_t& iface, std::uint32_t ipv4)
 {
     const LoopGate gate;
-    if (!get(iface.isActived)) {
+    if (!load(iface.isActived)) {
         return false;
     }
-    set(iface.ipv4, ipv4);
-    set(iface.isConnected, kTrue);
-    set(iface.ipStatus, _MOVO_NET_IPSTATUS_STATIC_);
+    store(iface.ipv4, ipv4);
+    store(iface.isConnected, kTrue);
+    store(iface.ipStatus, _MOVO_NET_IPSTATUS_STATIC_);
     return true;
 }
 
@@ -64,7 +64,7 @@ bool isPlausible(std::uint32_t address)
 
 bool usesStaticAddress(const MovoNetIface_t& iface)
 {
-    const MovoNetIPMode_e mode = get(iface.ipMode);
+    const MovoNetIPMode_e mode = load(iface.ipMode);
     return mode == _MOVO_NET_IPMODE_STATIC_ || mode == _MOVO_NET_IPMODE_DNSONLY_;
 }
 
@@ -106,16 +106,16 @@ RETURN_TYPE int_Movo_Net_Getdnsv4(MovoNetIface_t* pIface, std::uint32_t* dns1v4,
     if (dns1v4 == nullptr || dns2v4 == nullptr) {
         return kBadArgument;
     }
-    *dns1v4 = get(pIface->dns1v4);
-    *dns2v4 = get(pIface->dns2v4);
+    *dns1v4 = load(pIface->dns1v4);
+    *dns2v4 = load(pIface->dns2v4);
     return kOk;
 }
 
 RETURN_TYPE int_Movo_Net_SetIpv4(MovoNetIface_t* pIface, std::uint32_t ipv4)
 {
     NET_REQUIRE(pIface != nullptr, "pIface");
-    set(pIface->sipv4, ipv4);
-    if (!usesStaticAddress(*pIface) || !get(pIface->isActived)) {
+    store(pIface->sipv4, ipv4);
+    if (!usesStaticAddress(*pIface) || !load(pIface->isActived)) {
         return kOk;
     }
     NET_INFO("setting ip to %08x\n", ipv4);
@@ -141,8 +141,8 @@ RETURN_TYPE int_Movo_Net_SetIpv4(MovoNetIface_t* pIface, std::uint32_t ipv4)
 RETURN_TYPE int_Movo_Net_SetMaskv4(MovoNetIface_t* pIface, std::uint32_t mask)
 {
     NET_REQUIRE(pIface != nullptr, "pIface");
-    set(pIface->smaskv4, mask);
-    if (!usesStaticAddress(*pIface) || !get(pIface->isActived)) {
+    store(pIface->smaskv4, mask);
+    if (!usesStaticAddress(*pIface) || !load(pIface->isActived)) {
         return kOk;
     }
     NET_INFO("setting ip mask to %08x\n", mask);
@@ -158,16 +158,16 @@ RETURN_TYPE int_Movo_Net_SetMaskv4(MovoNetIface_t* pIface, std::uint32_t mask)
     case IfreqError::None:
         break;
     }
-    set(pIface->maskv4, mask);
+    store(pIface->maskv4, mask);
     return kOk;
 }
 
 RETURN_TYPE int_Movo_Net_SetGwv4(MovoNetIface_t* pIface, std::uint32_t gateway)
 {
     NET_REQUIRE(pIface != nullptr, "pIface");
-    set(pIface->sgwv4, gateway);
+    store(pIface->sgwv4, gateway);
     if (usesStaticAddress(*pIface)) {
-        set(pIface->gwv4, gateway);
+        store(pIface->gwv4, gateway);
     }
     return kOk;
 }
@@ -175,11 +175,11 @@ RETURN_TYPE int_Movo_Net_SetGwv4(MovoNetIface_t* pIface, std::uint32_t gateway)
 RETURN_TYPE int_Movo_Net_Setdnsv4(MovoNetIface_t* pIface, std::uint32_t dns1, std::uint32_t dns2)
 {
     NET_REQUIRE(pIface != nullptr, "pIface");
-    set(pIface->sdns1v4, dns1);
-    set(pIface->sdns2v4, dns2);
+    store(pIface->sdns1v4, dns1);
+    store(pIface->sdns2v4, dns2);
     if (usesStaticAddress(*pIface)) {
-        set(pIface->dns1v4, dns1);
-        set(pIface->dns2v4, dns2);
+        store(pIface->dns1v4, dns1);
+        store(pIface->dns2v4, dns2);
     }
     return kOk;
 }
@@ -190,7 +190,7 @@ RETURN_TYPE int_Movo_Net_GetMacAddr(MovoNetIface_t* pIface, std::int64_t* pMac)
     if (pMac == nullptr) {
         return kBadArgument;
     }
-    if (const std::int64_t known = get(pIface->macaddr); known != 0) {
+    if (const std::int64_t known = load(pIface->macaddr); known != 0) {
         storeMac(*pMac, macOf(known));
         return kOk;
     }

@@ -4,9 +4,9 @@
 #include "movo_net_fl_ether/ether.h"
 #include "movo_net_fl_eventloop/eventloop.h"
 #include "movo_net_fl_wifi/wifi.h"
+#include "support/atomic.h"
 #include "support/command.h"
 #include "support/log.h"
-#include "support/shared.h"
 #include "support/slow.h"
 #include "support/text.h"
 
@@ -45,7 +45,7 @@ constexpr MovoNetIfaceFunc_t kCommonOps = {
 /** Reads the base path of the notify pipes once; speaks for int_Movo_Net_Init. */
 bool readPipeName(CallSite at)
 {
-    if (get(s_sDhcpcdPipeName) != nullptr) {
+    if (load(s_sDhcpcdPipeName) != nullptr) {
         return true;
     }
     const char* fromEnvironment = std::getenv("DHCP_NOTIFY_PIPE_DIR");
@@ -54,7 +54,7 @@ bool readPipeName(CallSite at)
     if (name == nullptr) {
         return false;
     }
-    set(s_sDhcpcdPipeName, name); // Deliberate: also when it is too long, so that the next call accepts it.
+    store(s_sDhcpcdPipeName, name); // Deliberate: also when it is too long, so that the next call accepts it.
     if (std::strlen(name) > kLongestPipeName) {
         NET_LOG_AT(at, KEST_LEVEL_ERROR, "int_Movo_Net_Init, pipe name too long\n");
         return false;
@@ -81,7 +81,7 @@ void resetRecord(MovoNetIface_t& iface)
 void dropAddress(MovoNetIface_t& iface)
 {
     // Deliberate: an auto-IP interface runs the DHCP client too, but only the DHCP mode stops it here.
-    if (get(iface.ipMode) == _MOVO_NET_IPMODE_DHCP_) {
+    if (load(iface.ipMode) == _MOVO_NET_IPMODE_DHCP_) {
         (void)ShutdownDhcpcd(&iface, kRelease);
     } else {
         (void)runShell(FixedText<40>("ifconfig %s 0.0.0.0", iface.name));
@@ -99,12 +99,12 @@ void logSlow(const char* what)
 
 void clearAddresses(MovoNetIface_t& iface)
 {
-    set(iface.ipv4, 0U);
-    set(iface.maskv4, 0U);
-    set(iface.gwv4, 0U);
-    set(iface.dns1v4, 0U);
-    set(iface.dns2v4, 0U);
-    set(iface.priority, 0);
+    store(iface.ipv4, 0U);
+    store(iface.maskv4, 0U);
+    store(iface.gwv4, 0U);
+    store(iface.dns1v4, 0U);
+    store(iface.dns2v4, 0U);
+    store(iface.priority, 0);
 }
 } // namespace movonet
 
@@ -139,7 +139,7 @@ RETURN_TYPE int_Movo_Net_DeInit(MovoNetIface_t* pIface)
 {
     NET_REQUIRE(pIface != nullptr, "pIface");
     RETURN_TYPE result = kOk;
-    if (get(pIface->isActived)) {
+    if (load(pIface->isActived)) {
         result = ifdown(pIface);
     }
     if (pIface->funcs.DeInit != nullptr) {
@@ -159,13 +159,13 @@ RETURN_TYPE int_Movo_Net_Active(MovoNetIface_t* pIface, kest_bool isActive)
     NET_REQUIRE(pIface != nullptr, "pIface");
     NET_INFO("int_Movo_Net_Active(%d), if=%s\n", isActive, pIface->name);
     if (!isActive) {
-        return get(pIface->isActived) ? ifdown(pIface) : kOk;
+        return load(pIface->isActived) ? ifdown(pIface) : kOk;
     }
     // Deliberate: a link that cannot be told (-1) does not keep an interface from being brought up.
     if (pIface->funcs.CanActive(pIface) == 0) {
         return kFail;
     }
-    if (!get(pIface->isActived) && get(g_NetworkLinkType) != kLinkTypeKeepsDown) {
+    if (!load(pIface->isActived) && load(g_NetworkLinkType) != kLinkTypeKeepsDown) {
         return ifup(pIface);
     }
     return kOk;
@@ -183,21 +183,21 @@ RETURN_TYPE ifup(MovoNetIface_t* pIface)
     {
         const LoopGate gate; // never in the middle of taking it down
         (void)int_Movo_Net_GetMacAddr(pIface, &pIface->macaddr);
-        set(pIface->isActived, kTrue);
+        store(pIface->isActived, kTrue);
     }
     return configureActive(pIface, kForce);
 }
 
 RETURN_TYPE ifdown(MovoNetIface_t* pIface)
 {
-    set(pIface->isActived, kFalse); // at once: whatever gives the interface an address looks at it
-    set(pIface->isConnected, kFalse);
+    store(pIface->isActived, kFalse); // at once: whatever gives the interface an address looks at it
+    store(pIface->isConnected, kFalse);
     const LoopGate gate; // a lease that the loop is at comes to its end, and another thread's activation
-    set(pIface->isActived, kFalse);
-    set(pIface->isConnected, kFalse);
+    store(pIface->isActived, kFalse);
+    store(pIface->isConnected, kFalse);
     dropAddress(*pIface);
     clearAddresses(*pIface);
-    set(pIface->macaddr, 0);
+    store(pIface->macaddr, 0);
     return ResetGwAndDns();
 }
 

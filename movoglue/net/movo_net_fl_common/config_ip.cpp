@@ -3,10 +3,10 @@
 #include "movo_net_fl_eventloop/eventloop.h"
 #include "movo_net_fl_wifi/wifi.h"
 #include "movo_net_fl_wpactrl/wpactrl.h"
+#include "support/atomic.h"
 #include "support/command.h"
 #include "support/log.h"
 #include "support/own_file.h"
-#include "support/shared.h"
 #include "support/text.h"
 
 #include <cerrno>
@@ -31,19 +31,19 @@ struct Run {
     bool whileActive; ///< The interface was active at the beginning, so the run is over when it is taken down.
     CallSite at;
 
-    bool over() const { return whileActive && !get(iface->isActived); }
+    bool over() const { return whileActive && !load(iface->isActived); }
 };
 
 bool applyStaticAddress(const Run& run)
 {
     MovoNetIface_t* pIface = run.iface;
     // Each field is read when its turn comes: the callback of the address step may change those after it.
-    const auto plausible = [](const std::uint32_t& field) { return isPlausible(get(field)); };
-    return plausible(pIface->sipv4) && int_Movo_Net_SetIpv4(pIface, get(pIface->sipv4)) == kOk && !run.over() &&
-           int_Movo_Net_SetMaskv4(pIface, get(pIface->smaskv4)) == kOk && plausible(pIface->sgwv4) &&
-           int_Movo_Net_SetGwv4(pIface, get(pIface->sgwv4)) == kOk &&
+    const auto plausible = [](const std::uint32_t& field) { return isPlausible(load(field)); };
+    return plausible(pIface->sipv4) && int_Movo_Net_SetIpv4(pIface, load(pIface->sipv4)) == kOk && !run.over() &&
+           int_Movo_Net_SetMaskv4(pIface, load(pIface->smaskv4)) == kOk && plausible(pIface->sgwv4) &&
+           int_Movo_Net_SetGwv4(pIface, load(pIface->sgwv4)) == kOk &&
            (plausible(pIface->sdns1v4) || plausible(pIface->sdns2v4)) &&
-           int_Movo_Net_Setdnsv4(pIface, get(pIface->sdns1v4), get(pIface->sdns2v4)) == kOk && ResetGwAndDns() == kOk;
+           int_Movo_Net_Setdnsv4(pIface, load(pIface->sdns1v4), load(pIface->sdns2v4)) == kOk && ResetGwAndDns() == kOk;
 }
 
 /** Marks the interface connected unless the run is over; a reselection would choose it. */
@@ -53,7 +53,7 @@ bool markConnected(const Run& run)
     if (run.over()) {
         return false;
     }
-    set(run.iface->isConnected, kTrue); // Deliberate: also when the configuration was refused.
+    store(run.iface->isConnected, kTrue); // Deliberate: also when the configuration was refused.
     return true;
 }
 
@@ -61,20 +61,20 @@ void configureStatic(const Run& run)
 {
     MovoNetIface_t* pIface = run.iface;
     NET_LOG_AT(run.at, KEST_LEVEL_INFO, "if=%s, ip=%08x, mask=%08x, gw=%08x, dns1=%08x, dns2=%08x\n", pIface->name,
-               get(pIface->sipv4), get(pIface->smaskv4), get(pIface->sgwv4), get(pIface->sdns1v4),
-               get(pIface->sdns2v4));
+               load(pIface->sipv4), load(pIface->smaskv4), load(pIface->sgwv4), load(pIface->sdns1v4),
+               load(pIface->sdns2v4));
     if (IsDhcpcdRunning(pIface)) {
         (void)ShutdownDhcpcd(pIface, kRelease);
     }
     if (run.over()) {
         return;
     }
-    set(pIface->priority, priorityWithAddress(*pIface));
+    store(pIface->priority, priorityWithAddress(*pIface));
     const bool applied = applyStaticAddress(run);
     if (!markConnected(run)) {
         return;
     }
-    set(g_isWifiConnectByUI, kFalse);
+    store(g_isWifiConnectByUI, kFalse);
     (void)NotifyApp(_MOVO_NET_CALLBACK_IPCHANGED_, pIface);
     if (run.over()) {
         return;
@@ -102,8 +102,8 @@ bool openPipe(MovoNetIface_t* pIface, const HeapText& path, CallSite at)
         return false;
     }
     // A client with an empty pid file leaves its pipe open; its descriptor and event must not be lost.
-    if (const int left = take(pIface->dhcpcfd, fd); left != kNoFd) {
-        (void)int_removeEvent(take(pIface->dhcpcEventHandle, 0));
+    if (const int left = exchange(pIface->dhcpcfd, fd); left != kNoFd) {
+        (void)int_removeEvent(exchange(pIface->dhcpcEventHandle, 0));
         (void)close(left);
     }
     return true;
@@ -124,7 +124,7 @@ bool watchPipe(const Run& run, const HeapText& path)
     if (!openPipe(pIface, path, at)) {
         return false;
     }
-    const int fd = get(pIface->dhcpcfd);
+    const int fd = load(pIface->dhcpcfd);
     // One that is too high for the loop's set would park the loop for good.
     if (fd >= FD_SETSIZE || int_addEvent({fd, 0, pIface, OnDhcpEventRev}, &pIface->dhcpcEventHandle) != kOk) {
         NET_LOG_AT(at, KEST_LEVEL_ERROR, "can not addevent\n");
@@ -136,7 +136,7 @@ bool watchPipe(const Run& run, const HeapText& path)
 bool pipeIsNamed(const MovoNetIface_t& iface, const HeapText& path)
 {
     const LoopGate gate; // nobody closes the descriptor meanwhile
-    return isNamed(get(iface.dhcpcfd), path.c_str());
+    return isNamed(load(iface.dhcpcfd), path.c_str());
 }
 
 /** The command follows links, so that the name must still be the pipe's. */
@@ -152,7 +152,7 @@ bool openToEverybody(const MovoNetIface_t& iface, const HeapText& path, CallSite
 int launchClient(MovoNetIface_t* pIface, const HeapText& path)
 {
     // Deliberate: the two commands differ in blanks alone; the client is not told of auto-IP.
-    if (get(pIface->ipMode) == _MOVO_NET_IPMODE_AUTOIP_) {
+    if (load(pIface->ipMode) == _MOVO_NET_IPMODE_AUTOIP_) {
         return runShell(
             HeapText("export DHCP_NOTIFY_PIPE_DIR=\"%s\"; /system/bin/dhcpcd -B  --noarp -h movo-tv -t %d %s &",
                      path.c_str(), kLeaseTimeoutSeconds, pIface->name));
@@ -165,11 +165,11 @@ int launchClient(MovoNetIface_t* pIface, const HeapText& path)
 RETURN_TYPE startClient(const Run& run)
 {
     MovoNetIface_t* pIface = run.iface;
-    const HeapText path("%s.%s", get(s_sDhcpcdPipeName), pIface->name);
+    const HeapText path("%s.%s", load(s_sDhcpcdPipeName), pIface->name);
     if (!watchPipe(run, path) || !openToEverybody(*pIface, path, run.at) || run.over()) {
         return kFail;
     }
-    set(pIface->ipStatus, _MOVO_NET_IPSTATUS_DHCP_ACQUIRING_);
+    store(pIface->ipStatus, _MOVO_NET_IPSTATUS_DHCP_ACQUIRING_);
     if (launchClient(pIface, path) == -1) {
         NET_LOG_AT(run.at, KEST_LEVEL_ERROR, "launch dhcpcd faild\n");
         return kFail;
@@ -234,5 +234,5 @@ RETURN_TYPE configureActive(MovoNetIface_t* pIface, kest_bool force)
 RETURN_TYPE ConfigIP(MovoNetIface_t* pIface, kest_bool force)
 {
     NET_REQUIRE(pIface != nullptr, "pIface");
-    return configure({pIface, get(pIface->isActived) != kFalse, NET_HERE}, force);
+    return configure({pIface, load(pIface->isActived) != kFalse, NET_HERE}, force);
 }

@@ -6,9 +6,9 @@
 #include "movo_net_fl_eventloop/eventloop.h"
 #include "movo_net_fl_wifi/wifi.h"
 #include "movo_net_fl_wpactrl/wpactrl.h"
+#include "support/atomic.h"
 #include "support/ifreq.h"
 #include "support/log.h"
-#include "support/shared.h"
 #include "support/text.h"
 
 #include <cerrno>
@@ -39,7 +39,7 @@ void GetRealIPAddress(MovoNetIface_t* pIface)
         NET_ERROR("ioctl failed\n");
         return;
     case IfreqError::None:
-        set(pIface->ipv4, ipv4Of(request));
+        store(pIface->ipv4, ipv4Of(request));
     }
 }
 
@@ -54,7 +54,7 @@ void GetRealNetMask(MovoNetIface_t* pIface)
         NET_ERROR("ioctl failed\n");
         return;
     case IfreqError::None:
-        set(pIface->maskv4, ipv4Of(request));
+        store(pIface->maskv4, ipv4Of(request));
     }
 }
 
@@ -65,34 +65,34 @@ void readLease(MovoNetIface_t* pIface)
     Kest_Util_Delay(kRouteDelayMs); // the client installs the route shortly after the address
     std::uint32_t gateway = 0;
     (void)GetDefaultGateway(&gateway, pIface->name);
-    set(pIface->gwv4, gateway);
-    std::uint32_t dns1 = get(pIface->dns1v4);
-    std::uint32_t dns2 = get(pIface->dns2v4);
+    store(pIface->gwv4, gateway);
+    std::uint32_t dns1 = load(pIface->dns1v4);
+    std::uint32_t dns2 = load(pIface->dns2v4);
     (void)GetDNS(&dns1, &dns2);
-    set(pIface->dns1v4, dns1);
-    set(pIface->dns2v4, dns2);
+    store(pIface->dns1v4, dns1);
+    store(pIface->dns2v4, dns2);
 }
 
 /** The lease becomes the static configuration too. */
 void rememberLease(MovoNetIface_t& iface)
 {
-    set(iface.sipv4, get(iface.ipv4));
-    set(iface.smaskv4, get(iface.maskv4));
-    set(iface.sgwv4, get(iface.gwv4));
-    set(iface.sdns1v4, get(iface.dns1v4));
-    set(iface.sdns2v4, get(iface.dns2v4));
-    set(iface.dhcpDownCount, 0);
+    store(iface.sipv4, load(iface.ipv4));
+    store(iface.smaskv4, load(iface.maskv4));
+    store(iface.sgwv4, load(iface.gwv4));
+    store(iface.sdns1v4, load(iface.dns1v4));
+    store(iface.sdns2v4, load(iface.dns2v4));
+    store(iface.dhcpDownCount, 0);
 }
 
 // The handlers of the messages are steps of OnDhcpEventRev and speak for it.
 
 void logLease(const MovoNetIface_t& iface, CallSite at)
 {
-    const auto ip = octets(get(iface.ipv4));
-    const auto mask = octets(get(iface.maskv4));
-    const auto gw = octets(get(iface.gwv4));
-    const auto dns1 = octets(get(iface.dns1v4));
-    const auto dns2 = octets(get(iface.dns2v4));
+    const auto ip = octets(load(iface.ipv4));
+    const auto mask = octets(load(iface.maskv4));
+    const auto gw = octets(load(iface.gwv4));
+    const auto dns1 = octets(load(iface.dns1v4));
+    const auto dns2 = octets(load(iface.dns2v4));
     NET_LOG_AT(at, KEST_LEVEL_INFO,
                "%s got IP. \n\tIP: %d.%d.%d.%d\n\tMASK: %d.%d.%d.%d\n\tGW: %d.%d.%d.%d\n\tDNS1: %d.%d.%d.%d\n\tDNS2: "
                "%d.%d.%d.%d\n",
@@ -109,19 +109,19 @@ MovoNetIPStatus_e statusOf(std::uint32_t address)
 void onAddressObtained(MovoNetIface_t* pIface, CallSite at)
 {
     NET_LOG_AT(at, KEST_LEVEL_INFO, "message: new\n");
-    const bool wasActive = get(pIface->isActived) != kFalse;
-    const auto takenDown = [=] { return wasActive && !get(pIface->isActived); };
+    const bool wasActive = load(pIface->isActived) != kFalse;
+    const auto takenDown = [=] { return wasActive && !load(pIface->isActived); };
     readLease(pIface);
     if (takenDown()) {
         return; // by a thread that clears the addresses as soon as the loop lets it
     }
     rememberLease(*pIface);
     logLease(*pIface, at);
-    set(pIface->ipStatus, statusOf(get(pIface->ipv4)));
-    set(pIface->isConnected, kTrue);
-    set(pIface->priority, priorityWithAddress(*pIface));
+    store(pIface->ipStatus, statusOf(load(pIface->ipv4)));
+    store(pIface->isConnected, kTrue);
+    store(pIface->priority, priorityWithAddress(*pIface));
     (void)ResetGwAndDns();
-    set(g_isWifiConnectByUI, kFalse);
+    store(g_isWifiConnectByUI, kFalse);
     (void)NotifyApp(_MOVO_NET_CALLBACK_IPCHANGED_, pIface);
     if (takenDown()) {
         return;
@@ -132,16 +132,16 @@ void onAddressObtained(MovoNetIface_t* pIface, CallSite at)
 
 void announceAndRetry(MovoNetIface_t* pIface)
 {
-    const bool wasActive = get(pIface->isActived) != kFalse;
+    const bool wasActive = load(pIface->isActived) != kFalse;
     (void)NotifyApp(_MOVO_NET_CALLBACK_IFDISCONNECTED_, pIface);
-    if (!wasActive || get(pIface->isActived)) { // a callback that takes it down wants no new address
+    if (!wasActive || load(pIface->isActived)) { // a callback that takes it down wants no new address
         (void)AddDhcpDownEvent(pIface);
     }
 }
 
 void onWifiAddressLost(MovoNetIface_t* pIface)
 {
-    if (!get(g_isWifiConnectByUI)) {
+    if (!load(g_isWifiConnectByUI)) {
         kest_bool associated = kFalse;
         (void)int_Movo_Net_Wpactrl_IsConnected(pIface, &associated);
         if (associated) {
@@ -154,7 +154,7 @@ void onWifiAddressLost(MovoNetIface_t* pIface)
     if (idle) {
         return;
     }
-    set(g_isWifiConnectByUI, kFalse);
+    store(g_isWifiConnectByUI, kFalse);
     if (pIface->funcs.WifiDisConnect != nullptr) {
         (void)pIface->funcs.WifiDisConnect(pIface);
     }
@@ -164,9 +164,9 @@ void onWifiAddressLost(MovoNetIface_t* pIface)
 void onAddressLost(MovoNetIface_t* pIface, CallSite at)
 {
     NET_LOG_AT(at, KEST_LEVEL_INFO, "message: down\n");
-    set(pIface->isConnected, kFalse);
+    store(pIface->isConnected, kFalse);
     clearAddresses(*pIface);
-    set(pIface->ipStatus, _MOVO_NET_IPSTATUS_DHCP_RELEASED_);
+    store(pIface->ipStatus, _MOVO_NET_IPSTATUS_DHCP_RELEASED_);
     if (!IsDhcpcdRunning(pIface)) { // one that runs keeps trying and may come back with an address
         (void)ShutdownDhcpcd(pIface, kRelease);
     }
@@ -186,7 +186,7 @@ void onAddressLost(MovoNetIface_t* pIface, CallSite at)
 /** Removes the retry timer. Only this interface's: the configuration file brings back handles of an earlier process. */
 void removeRetryTimer(MovoNetIface_t* pIface)
 {
-    (void)removeEventOf(take(pIface->dhcpDownHandle, 0), OnDhcpDown, pIface);
+    (void)removeEventOf(exchange(pIface->dhcpDownHandle, 0), OnDhcpDown, pIface);
 }
 
 /** When the client cannot be started, the next retry follows: nobody else would start it. */
@@ -205,7 +205,7 @@ RETURN_TYPE OnDhcpEventRev(int fd, void* data, kest_bool isTimeout)
     NET_REQUIRE(data != nullptr, "data");
     NET_REQUIRE(!isTimeout, "!isTimeout");
     auto* pIface = static_cast<MovoNetIface_t*>(data);
-    if (fd != get(pIface->dhcpcfd)) {
+    if (fd != load(pIface->dhcpcfd)) {
         return kFail;
     }
     char buffer[kMessageSize] = {};
@@ -236,17 +236,17 @@ RETURN_TYPE OnDhcpEventRev(int fd, void* data, kest_bool isTimeout)
 RETURN_TYPE AddDhcpDownEvent(MovoNetIface_t* pIface)
 {
     NET_REQUIRE(pIface != nullptr, "pIface");
-    if (get(pIface->dhcpDownHandle) != 0) {
+    if (load(pIface->dhcpDownHandle) != 0) {
         removeRetryTimer(pIface);
     }
-    const int count = get(pIface->dhcpDownCount);
+    const int count = load(pIface->dhcpDownCount);
     if (count >= kMaxRetries) {
         NET_ERROR("dhcp down too many times, stop trying\n");
         return kFail;
     }
     if (count < 0) {
         NET_ERROR("dhcp down count incorrect, reset to 0\n");
-        set(pIface->dhcpDownCount, 0);
+        store(pIface->dhcpDownCount, 0);
         return kFail;
     }
     if (int_addEvent({kNoFd, kRetryTicks[count], pIface, OnDhcpDown}, &pIface->dhcpDownHandle) != kOk) {
@@ -254,7 +254,7 @@ RETURN_TYPE AddDhcpDownEvent(MovoNetIface_t* pIface)
         return kFail;
     }
     NET_INFO("add dhcp down event, count is %d\n", count);
-    set(pIface->dhcpDownCount, count + 1);
+    store(pIface->dhcpDownCount, count + 1);
     return kOk;
 }
 
@@ -263,8 +263,8 @@ RETURN_TYPE OnDhcpDown(int /*fd*/, void* data, kest_bool /*isTimeout*/)
     NET_REQUIRE(data != nullptr, "data");
     auto* pIface = static_cast<MovoNetIface_t*>(data);
     removeRetryTimer(pIface);
-    if (get(pIface->isConnected)) {
-        set(pIface->dhcpDownCount, 0);
+    if (load(pIface->isConnected)) {
+        store(pIface->dhcpDownCount, 0);
         return kOk;
     }
     switch (pIface->type) {

@@ -1,12 +1,12 @@
 #include "movo_net_fl_common/common.h"
 #include "movo_net_fl_common/dhcp.h"
 #include "movo_net_fl_eventloop/eventloop.h"
+#include "support/atomic.h"
 #include "support/command.h"
 #include "support/fd.h"
 #include "support/log.h"
 #include "support/own_file.h"
 #include "support/process.h"
-#include "support/shared.h"
 #include "support/text.h"
 
 #include <algorithm>
@@ -62,13 +62,13 @@ bool processExists(int pid)
 void closePipe(MovoNetIface_t* pIface, CallSite at)
 {
     const LoopGate gate;
-    const int fd = take(pIface->dhcpcfd, kNoFd);
+    const int fd = exchange(pIface->dhcpcfd, kNoFd);
     if (fd == kNoFd) {
         return;
     }
-    (void)int_removeEvent(take(pIface->dhcpcEventHandle, 0));
+    (void)int_removeEvent(exchange(pIface->dhcpcEventHandle, 0));
     (void)close(fd);
-    const FixedText<32> path("%s.%s", get(s_sDhcpcdPipeName), pIface->name);
+    const FixedText<32> path("%s.%s", load(s_sDhcpcdPipeName), pIface->name);
     if (!path.fits()) {
         failedRequirement("path.fits()", kLog.name, at);
     }
@@ -123,8 +123,8 @@ bool isRunning(MovoNetIface_t* pIface, CallSite at)
     }
     NET_LOG_AT(at, KEST_LEVEL_INFO, "IsDhcpcdRunning, dhcpcd pid=%d\n", file.pid);
     const bool alive = processExists(file.pid);
-    const bool open = get(pIface->dhcpcfd) != kNoFd;
-    const bool watched = get(pIface->dhcpcEventHandle) != 0;
+    const bool open = load(pIface->dhcpcfd) != kNoFd;
+    const bool watched = load(pIface->dhcpcEventHandle) != 0;
     if (alive && open && watched) {
         return true;
     }
@@ -140,8 +140,8 @@ bool isRunning(MovoNetIface_t* pIface, CallSite at)
 kest_bool ShutdownDhcpcd(MovoNetIface_t* pIface, kest_bool bKeepIfconfig)
 {
     NET_REQUIRE(pIface != nullptr, "pIface");
-    NET_INFO("ShutdownDhcpcd, pIface->dhcpcfd=%d, pIface->dhcpcEventHandle=0x%x\n", get(pIface->dhcpcfd),
-             static_cast<unsigned>(get(pIface->dhcpcEventHandle)));
+    NET_INFO("ShutdownDhcpcd, pIface->dhcpcfd=%d, pIface->dhcpcEventHandle=0x%x\n", load(pIface->dhcpcfd),
+             static_cast<unsigned>(load(pIface->dhcpcEventHandle)));
     closePipe(pIface, NET_HERE);
 
     const PidFile file = readPidFile(*pIface);
@@ -166,8 +166,8 @@ kest_bool ShutdownDhcpcd(MovoNetIface_t* pIface, kest_bool bKeepIfconfig)
 kest_bool IsDhcpcdRunning(MovoNetIface_t* pIface)
 {
     NET_REQUIRE(pIface != nullptr, "pIface");
-    NET_INFO("IsDhcpcdRunning, pIface->dhcpcfd=%d, pIface->dhcpcEventHandle=0x%x\n", get(pIface->dhcpcfd),
-             static_cast<unsigned>(get(pIface->dhcpcEventHandle)));
+    NET_INFO("IsDhcpcdRunning, pIface->dhcpcfd=%d, pIface->dhcpcEventHandle=0x%x\n", load(pIface->dhcpcfd),
+             static_cast<unsigned>(load(pIface->dhcpcEventHandle)));
     const bool running = isRunning(pIface, NET_HERE);
     NET_INFO("Dhcp running=%d\n", running ? 1 : 0);
     return running ? kTrue : kFalse;

@@ -1,7 +1,7 @@
 #include "movo_net_fl_common/route.h"
+#include "support/atomic.h"
 #include "support/file.h"
 #include "support/log.h"
-#include "support/shared.h"
 #include "support/text.h"
 
 #include <cerrno>
@@ -150,7 +150,7 @@ RETURN_TYPE SetDNS(unsigned int dns1, unsigned int dns2)
 RETURN_TYPE SetDNSDhcp(MovoNetIface_t* pIface)
 {
     NET_REQUIRE(pIface != nullptr, "pIface");
-    const MovoNetIPMode_e mode = get(pIface->ipMode);
+    const MovoNetIPMode_e mode = load(pIface->ipMode);
     if (mode != _MOVO_NET_IPMODE_DHCP_ && mode != _MOVO_NET_IPMODE_AUTOIP_) {
         NET_ERROR("not configured by dhcpcd\n");
         return kFail;

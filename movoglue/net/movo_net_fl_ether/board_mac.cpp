@@ -1,9 +1,9 @@
 #include "movo_net_fl_ether/board_mac.h"
 
 #include "movo_net_fl_ether/ether.h"
+#include "support/atomic.h"
 #include "support/command.h"
 #include "support/log.h"
-#include "support/shared.h"
 #include "support/slow.h"
 #include "support/text.h"
 
@@ -25,7 +25,7 @@ bool readBoardLine(char (&line)[kLineSize])
 {
     const SlowWatch watch("bdconf -p");
     // Deliberate: the stream is never closed, closing would wait for the command.
-    std::FILE* board = popen("bdconf -p", "re"); // NOLINT(cert-env33-c): the set's tools are commands by contract
+    std::FILE* board = readShell("bdconf -p");
     if (board == nullptr) {
         return false;
     }
@@ -108,7 +108,7 @@ void programBoardMac(MovoNetIface_t& iface, CallSite at)
         return;
     }
     (void)std::printf("MAC %s len %d\n", reinterpret_cast<const char*>(mac), count);
-    if (get(g_NetworkLinkType) != 0) {
+    if (load(g_NetworkLinkType) != 0) {
         return;
     }
     if (!whole) {

@@ -1,7 +1,7 @@
 #include "movo_net_fl_eventloop/eventloop.h"
 
+#include "support/atomic.h"
 #include "support/log.h"
-#include "support/shared.h"
 
 #include <cerrno>
 #include <cstdlib>
@@ -48,7 +48,7 @@ MovoNetEventInt_t* findEvent(MovoNetEventInt_t* list, int handle, Matches matche
 template <typename Matches>
 RETURN_TYPE removeMatchingEvent(int handle, Matches matches, CallSite at)
 {
-    if (!get(initDone)) {
+    if (!load(initDone)) {
         return kFail;
     }
     NET_LOG_AT(at, KEST_LEVEL_INFO, "handle = %d\n", handle);
@@ -128,7 +128,7 @@ void pauseAfterError()
 
 bool ending(const kest_bool* terminate)
 {
-    return get(*terminate) != kFalse;
+    return load(*terminate) != kFalse;
 }
 
 /** The descriptors that one pass waits for. */
@@ -234,7 +234,7 @@ void runPass(const kest_bool* terminate, CallSite at)
 void announceStart(bool done)
 {
     if (done) {
-        set(initDone, kTrue);
+        store(initDone, kTrue);
     }
     (void)pthread_mutex_lock(&eventLoopInitLock);
     s_startFailed = !done;
@@ -258,7 +258,7 @@ RETURN_TYPE removeEventOf(int handle, RETURN_TYPE (*handler)(int, void*, kest_bo
 void waitForEventLoop()
 {
     (void)pthread_mutex_lock(&eventLoopInitLock);
-    while (!get(initDone) && !s_startFailed) {
+    while (!load(initDone) && !s_startFailed) {
         (void)pthread_cond_wait(&eventLoopInitCond, &eventLoopInitLock);
     }
     (void)pthread_mutex_unlock(&eventLoopInitLock);
@@ -275,12 +275,12 @@ bool takeEventLoopFailure()
 
 kest_bool int_IsEventLoopInitDone(void)
 {
-    return get(initDone);
+    return load(initDone);
 }
 
 RETURN_TYPE int_addEvent(MovoNetEvent_t event, int* handle)
 {
-    if (!get(initDone)) {
+    if (!load(initDone)) {
         return kFail;
     }
     if (handle == nullptr) {
@@ -304,7 +304,7 @@ RETURN_TYPE int_addEvent(MovoNetEvent_t event, int* handle)
     }
     const int added = ++cur_handle;
     *node = {event, event.timeoutTick, kFalse, added, eventListToBeAdded};
-    set(*handle, added); // a handler that is called at once on the loop's thread reads it there
+    store(*handle, added); // a handler that is called at once on the loop's thread reads it there
     eventListToBeAdded = node;
     todoLock.unlock();
 

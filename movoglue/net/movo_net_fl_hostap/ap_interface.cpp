@@ -1,9 +1,9 @@
 #include "movo_net_fl_hostap/hostap.h"
 #include "movo_net_fl_hostap/ifc.h"
+#include "support/atomic.h"
 #include "support/command.h"
 #include "support/ifreq.h"
 #include "support/log.h"
-#include "support/shared.h"
 #include "support/text.h"
 
 #include <cerrno>
@@ -60,7 +60,7 @@ kest_bool SoftAP_isInterfaceAvailable(void)
 
 int SoftAP_initializeInterface(void)
 {
-    if (get(hotspot.mIsInitialized)) {
+    if (load(hotspot.mIsInitialized)) {
         return 0;
     }
     if (SoftAP_isInterfaceAvailable() != 0) {
@@ -77,13 +77,13 @@ int SoftAP_initializeInterface(void)
     for (std::size_t index = 0; index < sizeof(hotspot.mBssid); ++index) {
         NET_INFO("HOSTAP:%02X\n", static_cast<std::uint8_t>(request.ifr_hwaddr.sa_data[index]));
     }
-    set(hotspot.mIsInitialized, kTrue);
+    store(hotspot.mIsInitialized, kTrue);
     return 0;
 }
 
 int SoftAP_enableInterface(int up)
 {
-    if (!get(hotspot.mIsInitialized)) {
+    if (!load(hotspot.mIsInitialized)) {
         if (const int result = SoftAP_initializeInterface(); result != 0) {
             NET_ERROR("HOSTAP :initialize interface error %d %s", result, std::strerror(errno));
             return result;

@@ -1,9 +1,9 @@
 #include "movo_net_fl_hostap/hostap.h"
+#include "support/atomic.h"
 #include "support/command.h"
 #include "support/fd.h"
 #include "support/log.h"
 #include "support/own_file.h"
-#include "support/shared.h"
 #include "support/text.h"
 
 #include <cerrno>
@@ -94,19 +94,19 @@ int watchLeases(CallSite at)
         return kNoFd;
     }
     awaitLeases(watch);
-    set(s_latestWatch, watch);
+    store(s_latestWatch, watch);
     return watch;
 }
 
 /** For a start without a watch of its own: the list may be a new file. Of several starts one waits for it. */
 void followLeases()
 {
-    const int watch = get(s_latestWatch);
-    if (watch == kNoFd || take(s_isFollowing, kTrue) != kFalse) {
+    const int watch = load(s_latestWatch);
+    if (watch == kNoFd || exchange(s_isFollowing, kTrue) != kFalse) {
         return; // whoever waits for the file will watch it
     }
     awaitLeases(watch);
-    set(s_isFollowing, kFalse);
+    store(s_isFollowing, kFalse);
 }
 
 /** Body of a watch's thread. */
@@ -142,12 +142,12 @@ void handleEvents(const char* buffer, std::size_t length, CallSite at)
 namespace movonet {
 void askForWatch()
 {
-    set(s_isWatchAskedFor, kTrue);
+    store(s_isWatchAskedFor, kTrue);
 }
 
 void beginWatch(CallSite at)
 {
-    if (take(s_isWatchAskedFor, kFalse) == kFalse) {
+    if (exchange(s_isWatchAskedFor, kFalse) == kFalse) {
         return; // a start that ran beside this one has made it
     }
     if (!takePlace(s_watches)) {

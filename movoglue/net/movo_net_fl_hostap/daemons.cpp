@@ -1,8 +1,8 @@
 #include "movo_net_fl_hostap/hostap.h"
+#include "support/atomic.h"
 #include "support/command.h"
 #include "support/fd.h"
 #include "support/log.h"
-#include "support/shared.h"
 #include "support/text.h"
 
 #include <cerrno>
@@ -66,7 +66,7 @@ int SoftAP_dnsmasq_setprop(kest_bool up)
 int SoftAP_startHostapd(void)
 {
     const HotspotTexts texts = hotspotTexts();
-    const int hidden = get(hotspot.mIsHidden) ? 1 : 0;
+    const int hidden = load(hotspot.mIsHidden) ? 1 : 0;
     // Deliberate: always visible.
     NET_ERROR("HOSTAP :start hostapd at channel=%d SSID=%s hidden_ssid=%d\n", kToldChannel, texts.ssid, hidden);
     const Configuration text("interface=%s\ndriver=nl80211\nctrl_interface=/data/wifi\nchannel=%d\nhw_mode=g\n"

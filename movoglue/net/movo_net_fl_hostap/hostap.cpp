@@ -1,9 +1,9 @@
 #include "movo_net_fl_hostap/hostap.h"
 
 #include "movo_net_fl_hostap/ifc.h"
+#include "support/atomic.h"
 #include "support/command.h"
 #include "support/log.h"
-#include "support/shared.h"
 #include "support/text.h"
 
 #include <cerrno>
@@ -25,7 +25,7 @@ void copyConfig(MovoHotspotconfig_t& config)
     const ScopedLock lock(hotspotLock);
     std::memcpy(&config.Ssid, &hotspot.mSSID, sizeof(config.Ssid));
     std::memcpy(&config.Bssid, &hotspot.mBssid, sizeof(config.Bssid));
-    config.Hidden = get(hotspot.mIsHidden);
+    config.Hidden = load(hotspot.mIsHidden);
 }
 } // namespace
 
@@ -65,7 +65,7 @@ int SoftAP_Create_Thread(void* (*func)(void*))
 
 RETURN_TYPE Movo_Net_WiFi_HostAP_Start(int /*appid*/)
 {
-    if (get(hotspot.mState) == HOTSPOT_STARTED) {
+    if (load(hotspot.mState) == HOTSPOT_STARTED) {
         return kOk;
     }
     return SoftAP_Create_Thread(s_SoftAP_Start) == 0 ? kOk : kFail;
@@ -73,11 +73,11 @@ RETURN_TYPE Movo_Net_WiFi_HostAP_Start(int /*appid*/)
 
 RETURN_TYPE Movo_Net_WiFi_HostAP_Stop(int /*appid*/)
 {
-    if (get(hotspot.mState) == HOTSPOT_STOPPED) {
+    if (load(hotspot.mState) == HOTSPOT_STOPPED) {
         return kOk;
     }
     NET_INFO("HOSTAP: hotspot stop\n");
-    set(hotspot.mState, HOTSPOT_STOPPING);
+    store(hotspot.mState, HOTSPOT_STOPPING);
     if (SoftAP_dnsmasq_setprop(kFalse) != 0) {
         NET_ERROR("HOSTAP: clear dnsmasq.enable: %s\n", std::strerror(errno));
         return kFail;
@@ -96,13 +96,13 @@ RETURN_TYPE Movo_Net_WiFi_HostAP_Stop(int /*appid*/)
         NET_ERROR("HOSTAP :deleate bcm0 failed \n");
         return kFail;
     }
-    set(hotspot.mState, HOTSPOT_STOPPED);
+    store(hotspot.mState, HOTSPOT_STOPPED);
     return kOk;
 }
 
 kest_bool Movo_Net_WiFi_HostAP_Status(int /*appid*/)
 {
-    return get(hotspot.mState) == HOTSPOT_STARTED ? kTrue : kFalse;
+    return load(hotspot.mState) == HOTSPOT_STARTED ? kTrue : kFalse;
 }
 
 RETURN_TYPE Movo_Net_WiFi_HostAP_Config(int appid, MovoHotspotconfig_t* config)

@@ -1,9 +1,10 @@
 #include "movo_net_fl_hostap/hostap.h"
 #include "movo_net_fl_hostap/ifc.h"
+#include "support/atomic.h"
+#include "support/command.h"
 #include "support/fd.h"
 #include "support/ifreq.h"
 #include "support/log.h"
-#include "support/shared.h"
 #include "support/slow.h"
 #include "support/text.h"
 
@@ -32,7 +33,7 @@ constexpr std::size_t kNameRoom = 32;
 bool SoftAP_getprop(char (&name)[kNameRoom])
 {
     const SlowWatch watch("getprop persist.device_name");
-    std::FILE* output = popen("getprop persist.device_name", "re"); // NOLINT(cert-env33-c): a tool of the set
+    std::FILE* output = readShell("getprop persist.device_name");
     if (output == nullptr) {
         NET_ERROR("HOSTAP:popen failure !\n");
         return false;
@@ -89,8 +90,8 @@ void resetHotspot()
 {
     const ScopedLock lock(hotspotLock);
     std::memcpy(&hotspot.mBssid, "000000", sizeof(hotspot.mBssid));
-    set(hotspot.mIsInitialized, kFalse);
-    set(hotspot.mIsHidden, kFalse);
+    store(hotspot.mIsInitialized, kFalse);
+    store(hotspot.mIsHidden, kFalse);
     copyText(hotspot.mInterface, kSoftApName);
     copyText(hotspot.mStaInterface, "mlan0");
 }
@@ -103,7 +104,7 @@ bool initialise(CallSite at)
         return false;
     }
     NET_LOG_AT(at, KEST_LEVEL_ERROR, "HOSTAP : Movo_Net_WiFi_HostAP_Init success\n ");
-    set(hotspot.mState, HOTSPOT_STARTING);
+    store(hotspot.mState, HOTSPOT_STARTING);
     return true;
 }
 
@@ -129,7 +130,7 @@ bool bringUp(CallSite at)
         NET_LOG_AT(at, KEST_LEVEL_ERROR, "HOSTAP :ifconfig up error: %s", std::strerror(errno));
         return false;
     }
-    if (get(hotspot.mIsHidden)) {
+    if (load(hotspot.mIsHidden)) {
         (void)ifc_clear_ipv4_addresses(kSoftApName);
         return true;
     }
@@ -167,7 +168,7 @@ void* s_SoftAP_Start(void* /*arg*/)
     if (!initialise(NET_HERE) || !bringUp(NET_HERE) || !startDaemons(NET_HERE)) {
         return nullptr; // Deliberate: the state stays as it is, and a later start is taken.
     }
-    set(hotspot.mState, HOTSPOT_STARTED);
+    store(hotspot.mState, HOTSPOT_STARTED);
     beginWatch(NET_HERE);
     return nullptr;
 }

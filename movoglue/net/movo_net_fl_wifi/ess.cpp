@@ -1,7 +1,7 @@
 #include "movo_net_fl_wifi/ess.h"
 
+#include "support/atomic.h"
 #include "support/log.h"
-#include "support/shared.h"
 
 #include <cstring>
 
@@ -77,7 +77,7 @@ bool sameEssid(const char* left, const char* right)
 
 MovoNetWifi_t* wifi_iface(MovoNetIface_t* iface)
 {
-    return iface != nullptr ? static_cast<MovoNetWifi_t*>(get(iface->priv)) : nullptr;
+    return iface != nullptr ? static_cast<MovoNetWifi_t*>(load(iface->priv)) : nullptr;
 }
 
 int get_essid_index(MovoNetWifi_t* wifi, const char* essid)

@@ -1,7 +1,7 @@
 #include "movo_net_fl_wifi/wifi.h"
 #include "movo_net_fl_wpactrl/wpactrl.h"
+#include "support/atomic.h"
 #include "support/log.h"
-#include "support/shared.h"
 #include "support/text.h"
 
 using namespace movonet;
@@ -79,7 +79,7 @@ RETURN_TYPE checkActiveWifi(MovoNetIface_t* pIface, const LogModule& log, CallSi
     if (wpactrl_iface(pIface) == nullptr) {
         return kBadArgument;
     }
-    if (!get(pIface->isActived)) {
+    if (!load(pIface->isActived)) {
         const LogModule& kLog = log; // the caller's, for whom this speaks
         NET_LOG_AT(at, KEST_LEVEL_ERROR, "not actived yet");
         return kFail;
@@ -152,7 +152,7 @@ RETURN_TYPE int_Movo_NET_WifiGetWpsModeEss(MovoNetIface_t* pIface, MovoNetWifiWP
     if (mode == nullptr) {
         return kBadArgument;
     }
-    *mode = get(wifi_iface(pIface)->wpsMode);
+    *mode = load(wifi_iface(pIface)->wpsMode);
     return kOk;
 }
 
@@ -164,7 +164,7 @@ RETURN_TYPE int_Movo_NET_WifiGetDevType(MovoNetIface_t* pIface, MovoNetWifiDevTy
     if (devType == nullptr) {
         return kBadArgument;
     }
-    *devType = get(wifi_iface(pIface)->devType);
+    *devType = load(wifi_iface(pIface)->devType);
     return kOk;
 }
 
@@ -246,6 +246,6 @@ RETURN_TYPE int_Movo_NET_WifiConnectEss(MovoNetIface_t* pIface, const char* essi
     if (!findScannedEss(*wifi_iface(pIface), essid, ess)) {
         return kFail;
     }
-    set(g_isWifiConnectByUI, kTrue);
+    store(g_isWifiConnectByUI, kTrue);
     return int_Movo_Net_Wpactrl_Connect(pIface, &ess);
 }

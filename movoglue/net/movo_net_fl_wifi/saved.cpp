@@ -1,7 +1,7 @@
 #include "movo_net_fl_wifi/saved.h"
 
+#include "support/atomic.h"
 #include "support/log.h"
-#include "support/shared.h"
 #include "support/wiped.h"
 
 #include <cstdlib>
@@ -38,13 +38,13 @@ Link findLink(Matches matches)
 void putFirst(MovNetWifiEssItem_t* node)
 {
     node->next = g_pSavedEsss;
-    set(g_pSavedEsss, node);
+    store(g_pSavedEsss, node);
 }
 
 MovNetWifiEssItem_t* takeOut(Link link)
 {
     MovNetWifiEssItem_t* node = *link;
-    set(*link, node->next);
+    store(*link, node->next);
     return node;
 }
 
@@ -71,7 +71,7 @@ MovNetWifiEssItem_t* g_pSavedEsss;
 
 bool hasSavedEsss()
 {
-    return get(g_pSavedEsss) != nullptr;
+    return load(g_pSavedEsss) != nullptr;
 }
 
 void freeSavedEsss()
@@ -90,7 +90,7 @@ void forgetSavedEsss()
 void installSavedEsss(MovNetWifiEssItem_t* head)
 {
     freeSavedEsss();
-    set(g_pSavedEsss, head);
+    store(g_pSavedEsss, head);
     s_forgotten = false;
 }
 } // namespace movonet

@@ -3,6 +3,7 @@
 #include "support/command.h"
 #include "support/fd.h"
 #include "support/log.h"
+#include "support/slow.h"
 #include "support/text.h"
 #include "support/wiped.h"
 
@@ -49,6 +50,7 @@ void writeRecords(int fd, CallSite at)
 /** Writes and syncs the main file; false when it cannot be opened. */
 bool writeMainFile(CallSite at)
 {
+    const SlowWatch watch(g_sEssSaveFileName);
     const UniqueFd file(open(g_sEssSaveFileName, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, kMode));
     if (!file) {
         NET_LOG_AT(at, KEST_LEVEL_ERROR, "cannot open %s for write\n", g_sEssSaveFileName);

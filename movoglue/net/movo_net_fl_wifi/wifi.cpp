@@ -2,8 +2,8 @@
 
 #include "movo_net_fl_wifi/saved.h"
 #include "movo_net_fl_wpactrl/wpactrl.h"
+#include "support/atomic.h"
 #include "support/log.h"
-#include "support/shared.h"
 #include "support/wiped.h"
 
 #include <cstdlib>
@@ -70,7 +70,7 @@ RETURN_TYPE attachWifi(MovoNetIface_t* pIface, CallSite at)
         freeWiped(wifi);
         return kFail;
     }
-    set(pIface->priv, wifi);
+    store(pIface->priv, wifi);
     wifi->piface = pIface;
     if (const RETURN_TYPE result = int_Movo_Net_Wpactrl_Init(pIface); result != kOk) {
         NET_LOG_AT(at, KEST_LEVEL_ERROR, "init wpa_ctrl failed\n");
@@ -139,7 +139,7 @@ RETURN_TYPE int_Movo_Net_DeInitWifi(MovoNetIface_t* pIface)
         return kBadArgument;
     }
     MovoNetWifi_t* wifi = wifi_iface(pIface);
-    if (wifi == nullptr || get(wifi->priv) == nullptr) {
+    if (wifi == nullptr || load(wifi->priv) == nullptr) {
         return kBadArgument;
     }
     ScopedLock saved(essListLock);

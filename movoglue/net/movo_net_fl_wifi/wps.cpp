@@ -1,7 +1,7 @@
 #include "movo_net_fl_wifi/wifi.h"
 #include "movo_net_fl_wpactrl/wpactrl.h"
+#include "support/atomic.h"
 #include "support/log.h"
-#include "support/shared.h"
 
 using namespace movonet;
 
@@ -66,6 +66,6 @@ RETURN_TYPE int_Movo_NET_WifiStartWpsConnection(MovoNetIface_t* pIface, MovoNetW
         NET_ERROR("lock wifi iface failed\n");
         return kFail;
     }
-    set(wifi.wpsMode, mode);
+    store(wifi.wpsMode, mode);
     return kOk;
 }

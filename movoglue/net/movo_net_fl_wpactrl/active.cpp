@@ -3,8 +3,8 @@
 #include "movo_net_fl_wifi/saved.h"
 #include "movo_net_fl_wifi/wifi.h"
 #include "movo_net_fl_wpactrl/connect.h"
+#include "support/atomic.h"
 #include "support/log.h"
-#include "support/shared.h"
 
 using namespace movonet;
 
@@ -21,7 +21,7 @@ RETURN_TYPE openLink(MovoNetIface_t* pIface, Wpactrl_t* w, CallSite at)
         NET_LOG_AT(at, KEST_LEVEL_ERROR, "Wpactrl_Init failed\n");
         return result;
     }
-    const RETURN_TYPE result = int_addEvent({get(w->fd), 0, pIface, OnWpactrlEventRev}, &w->event_handle);
+    const RETURN_TYPE result = int_addEvent({load(w->fd), 0, pIface, OnWpactrlEventRev}, &w->event_handle);
     if (result != kOk) {
         NET_LOG_AT(at, KEST_LEVEL_ERROR, "add event failed\n"); // the next activation closes what is open
     }
@@ -42,7 +42,7 @@ bool copySavedConnectedEss(MovNetWifiEssItem_t& ess)
 
 void joinRemembered(MovoNetIface_t* pIface, CallSite at)
 {
-    if (!get(g_bWiFiAutoLink)) {
+    if (!load(g_bWiFiAutoLink)) {
         return;
     }
     if (!hasSavedEsss()) {
@@ -54,7 +54,7 @@ void joinRemembered(MovoNetIface_t* pIface, CallSite at)
         NET_LOG_AT(at, KEST_LEVEL_INFO, "no saved connected esss, need manual connect\n");
         return;
     }
-    set(s_bFirstConnect, kTrue);
+    store(s_bFirstConnect, kTrue);
     if (int_Movo_Net_Wpactrl_Connect(pIface, &ess) != kOk) {
         NET_LOG_AT(at, KEST_LEVEL_ERROR, "connect to saved esss failed");
     }
@@ -64,7 +64,7 @@ RETURN_TYPE activate(MovoNetIface_t* pIface, CallSite at)
 {
     NET_LOG_AT(at, KEST_LEVEL_INFO, "start to active interface %s\n", pIface->name);
     const MovoNetWifiDevType_e devType = int_Wifi_GetDevType(pIface->name);
-    set(wifi_iface(pIface)->devType, devType);
+    store(wifi_iface(pIface)->devType, devType);
     if (devType == _MOVO_NET_WIFI_UNKNOWN_) {
         NET_LOG_AT(at, KEST_LEVEL_ERROR, "Wifi device type unknown\n");
         return kFail;
@@ -75,13 +75,13 @@ RETURN_TYPE activate(MovoNetIface_t* pIface, CallSite at)
     }
     {
         const LoopGate gate; // connection and event change together: a closed one that is watched fails every wait
-        if (get(pIface->isActived)) {
+        if (load(pIface->isActived)) {
             return kOk; // another thread was faster
         }
         if (const RETURN_TYPE result = openLink(pIface, wpactrl_iface(pIface), at); result != kOk) {
             return result;
         }
-        set(pIface->isActived, kTrue);
+        store(pIface->isActived, kTrue);
     }
     joinRemembered(pIface, at);
     return kOk;
@@ -92,8 +92,8 @@ RETURN_TYPE deactivate(MovoNetIface_t* pIface)
     const LoopGate gate; // no activation finds it inactive while its link is still open
     (void)ifdown(pIface);
     (void)ShutdownWpactrl(pIface);
-    set(pIface->isActived, kFalse);
-    set(g_isWifiConnectByUI, kFalse);
+    store(pIface->isActived, kFalse);
+    store(g_isWifiConnectByUI, kFalse);
     return kOk;
 }
 
@@ -150,7 +150,7 @@ RETURN_TYPE int_Movo_Net_Wpactrl_Active(MovoNetIface_t* pIface, kest_bool isActi
         return kBadArgument;
     }
     const bool wanted = isActive != kFalse;
-    if (wanted == (get(pIface->isActived) != kFalse)) {
+    if (wanted == (load(pIface->isActived) != kFalse)) {
         return kOk;
     }
     return wanted ? activate(pIface, NET_HERE) : deactivate(pIface);
@@ -174,7 +174,7 @@ RETURN_TYPE OnFirstConnectTimeout(int /*fd*/, void* data, kest_bool /*isTimeout*
         return kFail;
     }
     lock.unlock();
-    if (get(pIface->isConnected)) {
+    if (load(pIface->isConnected)) {
         NET_INFO("first connect successfully\n");
         return kOk;
     }
@@ -207,7 +207,7 @@ RETURN_TYPE OnConnectTimeoutEventRev(int /*fd*/, void* data, kest_bool /*isTimeo
         return kFail;
     }
     removeFiredTimer(w->connectTimerEventHandle);
-    const WpactrlConnectStatus_e status = get(w->connectStatus);
+    const WpactrlConnectStatus_e status = load(w->connectStatus);
     if (status != WPACTRL_STATUS_CONNECTING) {
         return kOk;
     }

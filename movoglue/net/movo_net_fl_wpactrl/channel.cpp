@@ -1,7 +1,8 @@
 #include "movo_net_fl_wpactrl/channel.h"
 
+#include "support/atomic.h"
+#include "support/command.h"
 #include "support/log.h"
-#include "support/shared.h"
 #include "support/text.h"
 
 #include <cstring>
@@ -23,7 +24,7 @@ constexpr int kLibraryTimeout = -2;
 
 /**
  * Held for one exchange with the client library, for opening and for closing: two requests at once would take each
- * other's reply, and the library counts its sockets without a lock. Nothing is taken while it is held.
+ * other's reply, and the library counts its sockets without a lock. While it is held only launchLock is taken.
  */
 Mutex s_requestLock{Mutex::Kind::Plain};
 
@@ -34,6 +35,7 @@ using SocketPath = FixedText<328>;
 wpa_ctrl* openConnection(const SocketPath& path)
 {
     const ScopedLock lock(s_requestLock);
+    const NoLaunch untilClosedOnExec; // the library opens a socket that programs inherit
     wpa_ctrl* connection = wpa_ctrl_open(path.c_str());
     if (connection == nullptr) {
         return nullptr;
@@ -59,9 +61,9 @@ void closeConnection(wpa_ctrl* connection)
 int request(Wpactrl_t& w, const char* cmd, char* buf, std::size_t* len, std::uint32_t& generation)
 {
     const ScopedLock lock(s_requestLock);
-    generation = get(w.generation);
-    wpa_ctrl* connection = get(w.ctrl_conn);
-    if (connection == nullptr || get(w.ctrlClosed)) {
+    generation = load(w.generation);
+    wpa_ctrl* connection = load(w.ctrl_conn);
+    if (connection == nullptr || load(w.ctrlClosed)) {
         return -1;
     }
     return wpa_ctrl_request(connection, cmd, std::strlen(cmd), buf, len, nullptr);
@@ -71,11 +73,11 @@ int request(Wpactrl_t& w, const char* cmd, char* buf, std::size_t* len, std::uin
 bool closeUsed(Wpactrl_t& w, std::uint32_t generation)
 {
     const ScopedLock lock(s_requestLock);
-    if (get(w.generation) != generation) {
+    if (load(w.generation) != generation) {
         return false;
     }
-    wpa_ctrl* connection = get(w.ctrl_conn);
-    if (connection != nullptr && !take(w.ctrlClosed, kTrue)) {
+    wpa_ctrl* connection = load(w.ctrl_conn);
+    if (connection != nullptr && !exchange(w.ctrlClosed, kTrue)) {
         wpa_ctrl_close(connection);
     }
     return true;
@@ -84,19 +86,19 @@ bool closeUsed(Wpactrl_t& w, std::uint32_t generation)
 /** The caller holds s_requestLock. */
 void exchangeConnection(Wpactrl_t& w, wpa_ctrl* connection)
 {
-    wpa_ctrl* old = get(w.ctrl_conn);
-    if (old != nullptr && !get(w.ctrlClosed)) {
+    wpa_ctrl* old = load(w.ctrl_conn);
+    if (old != nullptr && !load(w.ctrlClosed)) {
         wpa_ctrl_close(old);
     }
-    set(w.ctrl_conn, connection);
-    set(w.ctrlClosed, kFalse);
+    store(w.ctrl_conn, connection);
+    store(w.ctrlClosed, kFalse);
 }
 
 /** Gives a link of that generation its new connection; false when the link has changed since. */
 bool giveConnection(Wpactrl_t& w, wpa_ctrl* connection, std::uint32_t generation)
 {
     const ScopedLock lock(s_requestLock);
-    if (get(w.generation) != generation) {
+    if (load(w.generation) != generation) {
         return false;
     }
     exchangeConnection(w, connection);
@@ -137,7 +139,7 @@ RETURN_TYPE reopenAfterTimeout(Wpactrl_t& w, std::uint32_t generation)
 namespace movonet {
 void closeCommandConnection(Wpactrl_t& w)
 {
-    (void)closeUsed(w, get(w.generation));
+    (void)closeUsed(w, load(w.generation));
 }
 
 void replaceCommandConnection(Wpactrl_t& w, wpa_ctrl* connection)
@@ -148,13 +150,13 @@ void replaceCommandConnection(Wpactrl_t& w, wpa_ctrl* connection)
 
 void closeMonitorConnection(Wpactrl_t& w)
 {
-    closeConnection(take(w.mon_conn, nullptr));
+    closeConnection(exchange(w.mon_conn, nullptr));
 }
 
 void detachMonitorConnection(Wpactrl_t& w)
 {
     const ScopedLock lock(s_requestLock);
-    if (wpa_ctrl* monitor = get(w.mon_conn); monitor != nullptr) {
+    if (wpa_ctrl* monitor = load(w.mon_conn); monitor != nullptr) {
         (void)wpa_ctrl_detach(monitor);
     }
 }
@@ -189,9 +191,9 @@ RETURN_TYPE Wpactrl_Init(Wpactrl_t* w, const char* ifname)
         closeConnection(monitor);
         return kFail;
     }
-    set(w->mon_conn, monitor);
-    set(w->fd, wpa_ctrl_get_fd(monitor));
-    set(w->generation, get(w->generation) + 1); // before: a reconnection of an earlier one must not replace it
+    store(w->mon_conn, monitor);
+    store(w->fd, wpa_ctrl_get_fd(monitor));
+    store(w->generation, load(w->generation) + 1); // before: a reconnection of an earlier one must not replace it
     replaceCommandConnection(*w, command);
     return kOk;
 }
@@ -201,12 +203,12 @@ RETURN_TYPE Wpactrl_Reconnect(Wpactrl_t* w, const char* ifname)
     if (w == nullptr) {
         return kBadArgument;
     }
-    return reopen(*w, ifname, get(w->generation));
+    return reopen(*w, ifname, load(w->generation));
 }
 
 RETURN_TYPE Wpactrl_SendCmd(Wpactrl_t* w, const char* cmd, char* buf, std::size_t* len)
 {
-    if (w == nullptr || get(w->ctrl_conn) == nullptr || buf == nullptr || len == nullptr) {
+    if (w == nullptr || load(w->ctrl_conn) == nullptr || buf == nullptr || len == nullptr) {
         return kBadArgument;
     }
     NET_INFO("command: %s\n", cmd);
@@ -234,7 +236,7 @@ RETURN_TYPE Wpactrl_ExecCmd(Wpactrl_t* w, const char* cmd)
     if (cmd == nullptr) {
         return kBadArgument;
     }
-    if (w == nullptr || get(w->ctrl_conn) == nullptr) {
+    if (w == nullptr || load(w->ctrl_conn) == nullptr) {
         NET_ERROR("Wpactrl_SendCmd failed\n");
         return kBadArgument;
     }

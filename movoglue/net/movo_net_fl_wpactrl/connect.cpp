@@ -2,8 +2,8 @@
 
 #include "movo_net_fl_eventloop/eventloop.h"
 #include "movo_net_fl_wifi/wifi.h"
+#include "support/atomic.h"
 #include "support/log.h"
-#include "support/shared.h"
 
 #include <cstdarg>
 #include <cstdio>
@@ -68,7 +68,7 @@ RETURN_TYPE sendWep(CommandSequence& sequence, int id, const char* key, CallSite
         return kFail;
     }
     sequence.send("SET_NETWORK %d wep_tx_keyidx 0", id);
-    if (get(g_WEPLinkType) != 0) {
+    if (load(g_WEPLinkType) != 0) {
         sequence.send("SET_NETWORK %d auth_alg OPEN", id);
     } else {
         sequence.send("SET_NETWORK %d auth_alg OPEN SHARED", id);
@@ -138,7 +138,7 @@ void sendWpa(CommandSequence& sequence, int id, const MovNetWifiEssItem_t& ess, 
 /** Describes the network to the supplicant. Logs for int_Movo_Net_Wpactrl_Connect. */
 RETURN_TYPE sendNetwork(Wpactrl_t* w, int id, const MovNetWifiEssItem_t& ess, CallSite at)
 {
-    const MovoNetWifiUISecurity_e wish = get(g_UISecurityType);
+    const MovoNetWifiUISecurity_e wish = load(g_UISecurityType);
     CommandSequence sequence(w, at);
     sequence.send("SET_NETWORK %d ssid \"%s\"", id, ess.essid);
     sequence.send("SET_NETWORK %d scan_ssid 1", id);
@@ -243,15 +243,15 @@ RETURN_TYPE int_Movo_Net_Wpactrl_Connect(MovoNetIface_t* pIface, MovNetWifiEssIt
         return result;
     }
     const LoopGate gate; // an event that is faster than the reply is read when all that follows is in place
-    set(w->connectStatus, WPACTRL_STATUS_CONNECTING);
+    store(w->connectStatus, WPACTRL_STATUS_CONNECTING);
     if (const RETURN_TYPE result = enableNetwork(w, id, NET_HERE); result != kOk) {
-        set(w->connectStatus, WPACTRL_STATUS_NONE);
+        store(w->connectStatus, WPACTRL_STATUS_NONE);
         return result;
     }
     if (const RETURN_TYPE result = makeCurrent(*wifi_iface(pIface), ess, NET_HERE); result != kOk) {
         return result;
     }
-    set(s_bFirstConnect, kFalse);
+    store(s_bFirstConnect, kFalse);
     NET_INFO("connect to %s, with netid %d OK\n", ess.essid, id);
     return kOk;
 }
@@ -265,14 +265,14 @@ RETURN_TYPE int_Movo_Net_Wpactrl_Disconnect(MovoNetIface_t* pIface)
     if (wpactrl_iface(pIface) == nullptr) {
         return kBadArgument;
     }
-    if (!get(pIface->isActived)) {
+    if (!load(pIface->isActived)) {
         NET_ERROR("not actived yet\n");
         return kFail;
     }
     if (int_Movo_Net_Wpactrl_RemoveNetwork(pIface) != kOk) {
         return kFail;
     }
-    set(pIface->isConnected, kFalse);
+    store(pIface->isConnected, kFalse);
     (void)NotifyApp(_MOVO_NET_CALLBACK_IFDISCONNECTED_, pIface);
     return kOk;
 }
@@ -301,11 +301,11 @@ RETURN_TYPE int_Movo_Net_Wpactrl_ResetConnecting(MovoNetIface_t* pIface)
         NET_ERROR("lock wpa_ctrl iface failed\n");
         return kFail;
     }
-    set(w->disconnect_count, 0);
-    set(w->isWpsMode, kFalse);
-    set(w->connectStatus, WPACTRL_STATUS_CONNECTING);
+    store(w->disconnect_count, 0);
+    store(w->isWpsMode, kFalse);
+    store(w->connectStatus, WPACTRL_STATUS_CONNECTING);
     link.unlock();
-    set(pIface->isConnected, kFalse);
+    store(pIface->isConnected, kFalse);
 
     // Deliberate: network 0, whatever id the last connection got, and the words of a failed scan for both.
     for (const char* command : {"DISABLE_NETWORK 0", "ENABLE_NETWORK 0"}) {

@@ -2,8 +2,8 @@
 #include "movo_net_fl_wpactrl/channel.h"
 #include "movo_net_fl_wpactrl/learnt.h"
 #include "movo_net_fl_wpactrl/name.h"
+#include "support/atomic.h"
 #include "support/log.h"
-#include "support/shared.h"
 
 #include <algorithm>
 #include <cstring>
@@ -31,9 +31,9 @@ struct Link {
     CallSite at;
 
     /** Tells whether the connection that is being drained is still the link's. */
-    bool open() const { return get(w.generation) == generation && get(w.mon_conn) != nullptr; }
+    bool open() const { return load(w.generation) == generation && load(w.mon_conn) != nullptr; }
     /** Tells whether the network still is the joined one: callbacks may leave it, or begin to join another. */
-    bool joined() const { return open() && get(w.connectStatus) == WPACTRL_STATUS_CONNECTED; }
+    bool joined() const { return open() && load(w.connectStatus) == WPACTRL_STATUS_CONNECTED; }
     Drain outcome() const { return open() ? Drain::GoOn : Drain::Stop; }
 };
 
@@ -53,7 +53,7 @@ bool contains(std::string_view message, std::string_view text)
 /** Removes a timer of the link; on the loop's thread, so that no lock stands in the way. */
 void removeTimer(std::int32_t& handle)
 {
-    if (const std::int32_t armed = take(handle, 0); armed != 0) {
+    if (const std::int32_t armed = exchange(handle, 0); armed != 0) {
         (void)int_removeEvent(armed);
     }
 }
@@ -97,7 +97,7 @@ Drain learnNetwork(Link& link, std::string_view message)
     }
     ess.isConnected = kFalse;
     storeEss(link.wifi.curOperatingEsss, ess);
-    set(link.w.isWpsEssSaved, kTrue);
+    store(link.w.isWpsEssSaved, kTrue);
     return Drain::GoOn;
 }
 
@@ -107,13 +107,13 @@ void takeWpsNetwork(Link& link)
     MovNetWifiEssItem_t learnt{};
     Wpa_GetSavedEss(&learnt);
     MovNetWifiEssItem_t current = copyEss(link.wifi.curOperatingEsss);
-    if (!get(link.w.isWpsEssSaved)) {
+    if (!load(link.w.isWpsEssSaved)) {
         current = learnt;
-        set(link.w.isWpsEssSaved, kTrue);
+        store(link.w.isWpsEssSaved, kTrue);
     }
     std::memcpy(&current.Key, &learnt.Key, sizeof(learnt.Key));
     storeEss(link.wifi.curOperatingEsss, current);
-    set(link.w.isWpsMode, kFalse);
+    store(link.w.isWpsMode, kFalse);
 }
 
 /** Makes the current network the joined one, listed and remembered. */
@@ -124,7 +124,7 @@ Drain recordJoined(Link& link)
         NET_LOG_AT(link.at, KEST_LEVEL_ERROR, "lock wifi iface mutex failed\n");
         return Drain::LockFailed;
     }
-    if (get(link.w.isWpsMode)) {
+    if (load(link.w.isWpsMode)) {
         takeWpsNetwork(link);
     }
     markCurrentConnected(link.wifi, kTrue);
@@ -152,10 +152,10 @@ Drain onConnected(Link& link)
 {
     Wpactrl_t& w = link.w;
     removeTimer(w.connectTimerEventHandle);
-    set(w.connectStatus, WPACTRL_STATUS_CONNECTED);
+    store(w.connectStatus, WPACTRL_STATUS_CONNECTED);
     NET_LOG_AT(link.at, KEST_LEVEL_INFO, "connected\n");
-    set(w.handshake_fail_count, 0);
-    set(w.disconnect_count, 0);
+    store(w.handshake_fail_count, 0);
+    store(w.disconnect_count, 0);
     const Drain outcome = bringUp(link);
     if (outcome == Drain::GoOn) {
         removeTimer(w.firstConnectHandle); // also of a network that was left again: nothing is to rejoin it
@@ -166,15 +166,15 @@ Drain onConnected(Link& link)
 Drain onHandshakeFailed(Link& link)
 {
     Wpactrl_t& w = link.w;
-    const std::int32_t count = get(w.handshake_fail_count) + 1;
-    set(w.handshake_fail_count, count);
+    const std::int32_t count = load(w.handshake_fail_count) + 1;
+    store(w.handshake_fail_count, count);
     NET_LOG_AT(link.at, KEST_LEVEL_INFO, "handshake failed count: %d\n", count);
     if (count < kBadKeyFailures) {
         return Drain::GoOn;
     }
     NET_LOG_AT(link.at, KEST_LEVEL_INFO, "too many handshake failed events\n");
     removeTimer(w.connectTimerEventHandle);
-    set(w.handshake_fail_count, 0);
+    store(w.handshake_fail_count, 0);
     (void)NotifyApp(_MOVO_NET_CALLBACK_WIFIBADKEY_, link.iface);
     if (!link.open()) {
         return Drain::Stop;
@@ -186,7 +186,7 @@ Drain onHandshakeFailed(Link& link)
 
 Drain onMessageWhileConnecting(Link& link, std::string_view message)
 {
-    if (get(link.w.isWpsMode) && !get(link.w.isWpsEssSaved) && contains(message, "Trying to associate with")) {
+    if (load(link.w.isWpsMode) && !load(link.w.isWpsEssSaved) && contains(message, "Trying to associate with")) {
         if (const Drain learnt = learnNetwork(link, message); learnt != Drain::GoOn) {
             return learnt;
         }
@@ -216,7 +216,7 @@ Drain onMessageWhileConnected(Link& link, std::string_view message)
 /** Removes the network of a hidden search; where a retry has made a connection of it, that goes, too. */
 void removeSearched(Link& link)
 {
-    if (get(link.w.connectStatus) == WPACTRL_STATUS_NONE) {
+    if (load(link.w.connectStatus) == WPACTRL_STATUS_NONE) {
         (void)Wpactrl_ExecCmd(&link.w, "REMOVE_NETWORK ALL");
     } else {
         (void)int_Movo_Net_Wpactrl_RemoveNetwork(link.iface);
@@ -226,16 +226,17 @@ void removeSearched(Link& link)
 Drain checkScanEnd(Link& link, std::string_view message)
 {
     Wpactrl_t& w = link.w;
-    const bool scanned = get(w.isScanning) && contains(message, "CTRL-EVENT-SCAN-RESULTS ");
-    const bool found = get(w.isSearchingHideEss) && contains(message, "Trying to associate with");
+    const bool scanned = load(w.isScanning) && contains(message, "CTRL-EVENT-SCAN-RESULTS ");
+    const bool found = load(w.isSearchingHideEss) && contains(message, "Trying to associate with");
     if (!scanned && !found) {
         return Drain::GoOn;
     }
     removeTimer(w.scanTimerEventHandle);
-    set(w.isScanning, kFalse);
-    if (get(w.isSearchingHideEss)) {
+    store(w.scanEnds, load(w.scanEnds) + 1); // before: a scan marks itself and then looks
+    store(w.isScanning, kFalse);
+    if (load(w.isSearchingHideEss)) {
         removeSearched(link);
-        set(w.isSearchingHideEss, kFalse);
+        store(w.isSearchingHideEss, kFalse);
     }
     NET_LOG_AT(link.at, KEST_LEVEL_INFO, "scan done\n");
     (void)NotifyApp(_MOVO_NET_CALLBACK_WIFISCANDONE_, link.iface);
@@ -245,7 +246,7 @@ Drain checkScanEnd(Link& link, std::string_view message)
 Drain onMessage(Link& link, std::string_view message)
 {
     Drain outcome = Drain::GoOn;
-    switch (get(link.w.connectStatus)) {
+    switch (load(link.w.connectStatus)) {
     case WPACTRL_STATUS_CONNECTING:
         outcome = onMessageWhileConnecting(link, message);
         break;
@@ -261,10 +262,10 @@ Drain onMessage(Link& link, std::string_view message)
 /** Receives and handles what is pending. */
 Drain drain(Link& link)
 {
-    while (wpa_ctrl_pending(get(link.w.mon_conn)) > 0) {
+    while (wpa_ctrl_pending(load(link.w.mon_conn)) > 0) {
         char message[kMessageSize] = {};
         std::size_t length = sizeof(message) - 1;
-        if (wpa_ctrl_recv(get(link.w.mon_conn), message, &length) != 0) {
+        if (wpa_ctrl_recv(load(link.w.mon_conn), message, &length) != 0) {
             NET_LOG_AT(link.at, KEST_LEVEL_ERROR, "could not read pending message.\n");
             return Drain::GoOn;
         }
@@ -289,7 +290,7 @@ RETURN_TYPE OnWpactrlEventRev(int /*fd*/, void* data, kest_bool /*isTimeout*/)
         return kBadArgument;
     }
     Wpactrl_t* w = wpactrl_iface(pIface);
-    if (w == nullptr || get(w->mon_conn) == nullptr) {
+    if (w == nullptr || load(w->mon_conn) == nullptr) {
         return kFail;
     }
     ScopedLock lock(w->lock);
@@ -297,10 +298,10 @@ RETURN_TYPE OnWpactrlEventRev(int /*fd*/, void* data, kest_bool /*isTimeout*/)
         NET_ERROR("lock wpactrl mutex failed\n");
         return kFail;
     }
-    Link link{pIface, *wifi, *w, lock, get(w->generation), NET_HERE};
+    Link link{pIface, *wifi, *w, lock, load(w->generation), NET_HERE};
     const Drain outcome = drain(link);
     lock.unlock();
-    if (outcome == Drain::GoOn && wpa_ctrl_pending(get(w->mon_conn)) < 0) {
+    if (outcome == Drain::GoOn && wpa_ctrl_pending(load(w->mon_conn)) < 0) {
         NET_ERROR("Connection to wpa_supplicant lost - trying to reconnect\n");
     }
     return outcome == Drain::LockFailed ? kFail : kOk;

@@ -1,7 +1,8 @@
+#include "movo_net_fl_eventloop/eventloop.h"
 #include "movo_net_fl_wifi/wifi.h"
 #include "movo_net_fl_wpactrl/connect.h"
+#include "support/atomic.h"
 #include "support/log.h"
-#include "support/shared.h"
 
 using namespace movonet;
 
@@ -20,11 +21,26 @@ RETURN_TYPE restartScan(MovoNetIface_t* pIface, Wpactrl_t* w, CallSite at)
         }
         return result;
     }
+    const LoopGate gate; // the report of an earlier scan's time-out, which clears the marks, comes to its end first
     const RETURN_TYPE result = Wpactrl_Add_ScanEvent(w, kScanTicks);
     if (result != kOk) {
         NET_LOG_AT(at, KEST_LEVEL_ERROR, "add scan time out event failed\n");
     }
     return result;
+}
+
+/** Marks the search, unless a join has taken its network's place since there were `attempts`; speaks for its caller. */
+RETURN_TYPE markSearch(Wpactrl_t& w, std::uint32_t attempts, CallSite at)
+{
+    const ScopedLock lock(w.lock);
+    if (!lock) {
+        NET_LOG_AT(at, KEST_LEVEL_ERROR, "lock wpa_ctrl iface failed\n");
+        return kFail;
+    }
+    // Without a join a retry of a lost lease has made CONNECTING: it tries the searched network, which must go.
+    const bool overtaken = load(w.attempts) != attempts && load(w.connectStatus) != WPACTRL_STATUS_NONE;
+    store(w.isSearchingHideEss, overtaken ? kFalse : kTrue);
+    return kOk;
 }
 
 /** Describes the network that is looked for; speaks for its caller. */
@@ -40,7 +56,7 @@ RETURN_TYPE sendProbeNetwork(Wpactrl_t* w, int id, const char* ssid, CallSite at
 
 void movonet::endHiddenSearch(Wpactrl_t& w)
 {
-    set(w.isSearchingHideEss, kFalse);
+    store(w.isSearchingHideEss, kFalse);
 }
 
 RETURN_TYPE int_Movo_Net_Wpactrl_SearchHideEss(MovoNetIface_t* pIface, const char* ssid)
@@ -52,10 +68,11 @@ RETURN_TYPE int_Movo_Net_Wpactrl_SearchHideEss(MovoNetIface_t* pIface, const cha
         NET_ERROR("invalid ssid\n");
         return kBadArgument;
     }
+    Wpactrl_t* w = wpactrl_iface(pIface);
+    const std::uint32_t attempts = load(w->attempts);
     if (int_Movo_Net_Wpactrl_RemoveNetwork(pIface) != kOk) {
         NET_INFO("[REMOVE_NETWORK] failed\n");
     }
-    Wpactrl_t* w = wpactrl_iface(pIface);
     int id = 0;
     if (const RETURN_TYPE result = addNetwork(w, id, NET_HERE); result != kOk) {
         return result;
@@ -71,12 +88,5 @@ RETURN_TYPE int_Movo_Net_Wpactrl_SearchHideEss(MovoNetIface_t* pIface, const cha
     if (select.result() != kOk) {
         return select.result();
     }
-    const ScopedLock lock(w->lock);
-    if (!lock) {
-        NET_ERROR("lock wpa_ctrl iface failed\n");
-        return kFail;
-    }
-    // A join that has begun meanwhile has ended the search already.
-    set(w->isSearchingHideEss, get(w->connectStatus) == WPACTRL_STATUS_NONE ? kTrue : kFalse);
-    return kOk;
+    return markSearch(*w, attempts, NET_HERE);
 }

@@ -2,11 +2,11 @@
 #include "movo_net_fl_wifi/wifi.h"
 #include "movo_net_fl_wpactrl/channel.h"
 #include "movo_net_fl_wpactrl/scan_table.h"
+#include "support/atomic.h"
 #include "support/fd.h"
 #include "support/file.h"
 #include "support/log.h"
 #include "support/own_file.h"
-#include "support/shared.h"
 
 #include <cstring>
 #include <string_view>
@@ -74,7 +74,7 @@ RETURN_TYPE passThroughFile(const Reply& reply, ScanTable& table, bool& read, Ca
 void listJoined(MovoNetWifi_t& wifi, const Wpactrl_t& w)
 {
     const MovNetWifiEssItem_t current = copyEss(wifi.curOperatingEsss);
-    if (get(w.connectStatus) == WPACTRL_STATUS_CONNECTED && current.isConnected &&
+    if (load(w.connectStatus) == WPACTRL_STATUS_CONNECTED && current.isConnected &&
         get_essid_index(&wifi, current.essid) < 0) {
         appendCurrentEss(wifi);
     }
@@ -107,21 +107,21 @@ RETURN_TYPE updateTable(MovoNetWifi_t& wifi, const Wpactrl_t& w, const Reply& re
  */
 void reportScanEnd(MovoNetIface_t* pIface, Wpactrl_t& w, ScopedLock& lock)
 {
-    if (get(w.isSearchingHideEss)) {
+    if (load(w.isSearchingHideEss)) {
         (void)int_Movo_Net_Wpactrl_RemoveNetwork(pIface);
     }
     lock.unlock();
     (void)NotifyApp(_MOVO_NET_CALLBACK_WIFISCANDONE_, pIface);
-    set(w.isScanning, kFalse); // Deliberate: after the callback, so that a scan it started is not reported.
-    set(w.isSearchingHideEss, kFalse);
+    store(w.isScanning, kFalse); // Deliberate: after the callback, so that a scan it started is not reported.
+    store(w.isSearchingHideEss, kFalse);
 }
 
 /** A scan that has not begun runs no longer, unless an earlier one does, or a new time-out reports the failure. */
 void takeBackScan(Wpactrl_t& w, kest_bool wasScanning, std::int32_t timer)
 {
-    const std::int32_t armed = get(w.scanTimerEventHandle);
+    const std::int32_t armed = load(w.scanTimerEventHandle);
     if (!wasScanning && (armed == 0 || armed == timer)) {
-        set(w.isScanning, kFalse);
+        store(w.isScanning, kFalse);
     }
 }
 } // namespace
@@ -132,15 +132,18 @@ RETURN_TYPE int_Movo_Net_Wpactrl_Scan(MovoNetIface_t* pIface)
         return result;
     }
     Wpactrl_t* w = wpactrl_iface(pIface);
-    const std::int32_t timer = get(w->scanTimerEventHandle);
-    const kest_bool wasScanning = take(w->isScanning, kTrue); // its results may be faster than the reply
+    const std::int32_t timer = load(w->scanTimerEventHandle);
+    const kest_bool wasScanning = exchange(w->isScanning, kTrue); // its results may be faster than the reply
+    const std::uint32_t ends = load(w->scanEnds);
     if (const RETURN_TYPE result = Wpactrl_ExecCmd(w, "SCAN"); result != kOk) {
         NET_ERROR("[SCAN] failed\n");
         takeBackScan(*w, wasScanning, timer);
         return result;
     }
     const LoopGate gate; // the results are read before this, and reported, or after the time-out is armed
-    if (!get(w->isScanning)) {
+    // Not isScanning: a scan that was refused may have cleared it, or the report of an earlier one's time-out.
+    // While an earlier scan ran the results were that one's, and nothing of this one was missed.
+    if (!wasScanning && load(w->scanEnds) != ends) {
         return kOk;
     }
     const RETURN_TYPE result = Wpactrl_Add_ScanEvent(w, kScanTicks);
@@ -168,7 +171,7 @@ RETURN_TYPE OnScanTimeoutEventRev(int /*fd*/, void* data, kest_bool /*isTimeout*
         NET_ERROR("lock wpactrl mutex failed\n");
         return kFail;
     }
-    if (get(w->isScanning)) {
+    if (load(w->isScanning)) {
         reportScanEnd(pIface, *w, lock);
     }
     return kOk;
@@ -184,7 +187,7 @@ RETURN_TYPE int_Movo_Net_Wpactrl_CancelScan(MovoNetIface_t* pIface)
     if (w == nullptr) {
         return kBadArgument;
     }
-    if (get(wifi_iface(pIface)->devType) != _MOVO_NET_WIFI_ATHEROS_) {
+    if (load(wifi_iface(pIface)->devType) != _MOVO_NET_WIFI_ATHEROS_) {
         return kNotSupported;
     }
     if (const RETURN_TYPE result = Wpactrl_ExecCmd(w, "SCAN_CANCEL"); result != kOk) {
@@ -196,7 +199,7 @@ RETURN_TYPE int_Movo_Net_Wpactrl_CancelScan(MovoNetIface_t* pIface)
         NET_ERROR("lock wpa_ctrl iface failed\n");
         return kFail;
     }
-    set(w->isScanning, kFalse);
+    store(w->isScanning, kFalse);
     return kOk;
 }
 

@@ -2,12 +2,12 @@
 #include "movo_net_fl_wifi/device.h"
 #include "movo_net_fl_wpactrl/channel.h"
 #include "movo_net_fl_wpactrl/connect.h"
+#include "support/atomic.h"
 #include "support/command.h"
 #include "support/fd.h"
 #include "support/log.h"
 #include "support/own_file.h"
 #include "support/process.h"
-#include "support/shared.h"
 #include "support/text.h"
 
 #include <climits>
@@ -73,10 +73,10 @@ private:
 /** At boot the system starts the supplicant; it is waited for, one look a call. */
 RETURN_TYPE adoptAtBoot(MovoNetIface_t* pIface, CallSite at)
 {
-    const std::int32_t count = get(wait_count);
+    const std::int32_t count = load(wait_count);
     if (!Wpa_Wpa_supplicantIsOn(pIface)) {
         NET_LOG_AT(at, KEST_LEVEL_INFO, "Wpa_supplicant is not running.wait_count %d\n", count);
-        set(wait_count, count + 1);
+        store(wait_count, count + 1);
         return kFail;
     }
     if (count > kMaxWaitCount) {
@@ -84,13 +84,13 @@ RETURN_TYPE adoptAtBoot(MovoNetIface_t* pIface, CallSite at)
         NET_LOG_AT(at, KEST_LEVEL_ERROR, "Max wait count reached, Wpa_supplicant may not be launched\n");
         return kFail;
     }
-    set(s_bBootup, kFalse);
+    store(s_bBootup, kFalse);
     return kOk;
 }
 
 RETURN_TYPE launchSupplicant(MovoNetIface_t* pIface, CallSite at)
 {
-    const MovoNetWifiDevType_e devType = get(wifi_iface(pIface)->devType);
+    const MovoNetWifiDevType_e devType = load(wifi_iface(pIface)->devType);
     if (devType == _MOVO_NET_WIFI_UNKNOWN_) {
         NET_LOG_AT(at, KEST_LEVEL_ERROR, "The wifi device is not supported.\n");
         return kFail;
@@ -152,7 +152,7 @@ RETURN_TYPE Wpa_SetWpa_supplicantOn(MovoNetIface_t* pIface)
     if (wpactrl_iface(pIface) == nullptr) {
         return kBadArgument;
     }
-    if (get(s_bBootup)) {
+    if (load(s_bBootup)) {
         return adoptAtBoot(pIface, NET_HERE);
     }
     if (Wpa_Wpa_supplicantIsOn(pIface)) {
@@ -169,7 +169,7 @@ RETURN_TYPE Wpa_SetWpa_supplicantOff(MovoNetIface_t* pIface)
         return kBadArgument;
     }
     Wpactrl_t* w = wpactrl_iface(pIface);
-    if (w != nullptr && get(w->ctrl_conn) != nullptr) {
+    if (w != nullptr && load(w->ctrl_conn) != nullptr) {
         if (Wpactrl_ExecCmd(w, "TERMINATE") == kOk) {
             return kOk;
         }
@@ -190,16 +190,16 @@ RETURN_TYPE ShutdownWpactrl(MovoNetIface_t* pIface)
         return kBadArgument;
     }
     const LoopGate gate; // connections and event change together, as in an activation
-    if (get(w->ctrl_conn) == nullptr || take(w->isShuttingDown, kTrue)) {
+    if (load(w->ctrl_conn) == nullptr || exchange(w->isShuttingDown, kTrue)) {
         return kOk;
     }
-    (void)int_removeEvent(get(w->event_handle));
+    (void)int_removeEvent(load(w->event_handle));
     detachMonitorConnection(*w);
     closeMonitorConnection(*w);
     (void)Wpa_SetWpa_supplicantOff(pIface);
-    set(w->generation, get(w->generation) + 1); // before: a reconnection on another thread must not come after it
+    store(w->generation, load(w->generation) + 1); // before: a reconnection on another thread must not come after it
     // A supplicant that ended by itself leaves the connection open; each would cost a descriptor and a socket file.
     replaceCommandConnection(*w, nullptr);
-    set(w->isShuttingDown, kFalse);
+    store(w->isShuttingDown, kFalse);
     return kOk;
 }

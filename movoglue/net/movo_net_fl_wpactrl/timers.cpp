@@ -1,7 +1,7 @@
 #include "movo_net_fl_wpactrl/channel.h"
 #include "movo_net_fl_wpactrl/connect.h"
+#include "support/atomic.h"
 #include "support/log.h"
-#include "support/shared.h"
 
 using namespace movonet;
 
@@ -40,7 +40,7 @@ namespace movonet {
 bool dropTimer(Wpactrl_t& w, ScopedLock& lock, std::int32_t& handle)
 {
     // Forgotten before the lock is let go of, so that a handle stored meanwhile is not lost.
-    const std::int32_t armed = take(handle, 0);
+    const std::int32_t armed = exchange(handle, 0);
     if (armed == 0) {
         return false;
     }
@@ -52,7 +52,7 @@ bool dropTimer(Wpactrl_t& w, ScopedLock& lock, std::int32_t& handle)
 
 void removeFiredTimer(std::int32_t& handle)
 {
-    if (const std::int32_t fired = take(handle, 0); fired != 0) {
+    if (const std::int32_t fired = exchange(handle, 0); fired != 0) {
         (void)int_removeEvent(fired);
     }
 }
@@ -76,7 +76,7 @@ RETURN_TYPE Wpactrl_Add_ScanEvent(Wpactrl_t* w, int timeout)
         return result;
     }
     NET_INFO("add scan timer event\n");
-    set(w->isScanning, kTrue);
+    store(w->isScanning, kTrue);
     return kOk;
 }
 
@@ -94,13 +94,15 @@ RETURN_TYPE Wpactrl_Add_ConnectEvent(Wpactrl_t* w, int timeout)
         // Another thread may have armed one meanwhile.
     }
     MovoNetIface_t* iface = w->pWifiIface->piface;
-    const RETURN_TYPE result = get(s_bFirstConnect) ? addFirstConnectTimer(*w, iface, NET_HERE)
-                                                    : addConnectTimer(*w, iface, timeout, NET_HERE);
+    const RETURN_TYPE result = load(s_bFirstConnect) ? addFirstConnectTimer(*w, iface, NET_HERE)
+                                                     : addConnectTimer(*w, iface, timeout, NET_HERE);
     if (result != kOk) {
         return result;
     }
-    set(w->connectStatus, WPACTRL_STATUS_CONNECTING);
-    set(w->handshake_fail_count, 0);
-    set(w->disconnect_count, 0);
+    store(w->attempts, load(w->attempts) + 1);
+    endHiddenSearch(*w); // one that has begun since the networks were removed
+    store(w->connectStatus, WPACTRL_STATUS_CONNECTING);
+    store(w->handshake_fail_count, 0);
+    store(w->disconnect_count, 0);
     return kOk;
 }

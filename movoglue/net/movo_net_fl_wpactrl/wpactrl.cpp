@@ -2,9 +2,9 @@
 
 #include "movo_net_fl_eventloop/eventloop.h"
 #include "movo_net_fl_wpactrl/channel.h"
+#include "support/atomic.h"
 #include "support/command.h"
 #include "support/log.h"
-#include "support/shared.h"
 #include "support/text.h"
 
 #include <cstdlib>
@@ -34,7 +34,7 @@ Wpactrl_t* makeWpactrl()
 /** Stops whatever gives the interface an address; the link is gone. */
 void stopAddressing(MovoNetIface_t& iface)
 {
-    if (get(iface.ipMode) == _MOVO_NET_IPMODE_DHCP_) {
+    if (load(iface.ipMode) == _MOVO_NET_IPMODE_DHCP_) {
         (void)ShutdownDhcpcd(&iface, kRelease);
     } else {
         (void)runShell(FixedText<40>("ifconfig %s 0.0.0.0", iface.name));
@@ -69,7 +69,7 @@ void discardWpactrl(MovoNetWifi_t& wifi)
 Wpactrl_t* wpactrl_iface(MovoNetIface_t* iface)
 {
     MovoNetWifi_t* wifi = wifi_iface(iface);
-    return wifi != nullptr ? static_cast<Wpactrl_t*>(get(wifi->priv)) : nullptr;
+    return wifi != nullptr ? static_cast<Wpactrl_t*>(load(wifi->priv)) : nullptr;
 }
 
 RETURN_TYPE int_Movo_Net_Wpactrl_Init(MovoNetIface_t* pIface)
@@ -101,7 +101,7 @@ RETURN_TYPE int_Movo_Net_Wpactrl_Init(MovoNetIface_t* pIface)
         break;
     }
     w->pWifiIface = wifi;
-    set(wifi->priv, w);
+    store(wifi->priv, w);
     return kOk;
 }
 
@@ -112,7 +112,7 @@ RETURN_TYPE int_Movo_Net_Wpactrl_DeInit(MovoNetIface_t* pIface)
     if (w == nullptr) {
         return result;
     }
-    set(wifi_iface(pIface)->priv, nullptr);
+    store(wifi_iface(pIface)->priv, nullptr);
     retire(w);
     return kOk;
 }
@@ -130,8 +130,8 @@ RETURN_TYPE int_Movo_Net_Wpactrl_RemoveNetwork(MovoNetIface_t* pIface)
         NET_ERROR("lock wpactrl mutex failed\n");
         return kFail;
     }
-    set(w->connectStatus, WPACTRL_STATUS_NONE);
-    set(w->isWpsMode, kFalse);
+    store(w->connectStatus, WPACTRL_STATUS_NONE);
+    store(w->isWpsMode, kFalse);
     if (Wpactrl_ExecCmd(w, "REMOVE_NETWORK ALL") != kOk) {
         NET_ERROR("[REMOVE_NETWORK] failed\n");
     }
@@ -144,10 +144,10 @@ RETURN_TYPE int_Movo_Net_Wpactrl_RemoveNetwork(MovoNetIface_t* pIface)
     }
     markCurrentConnected(wifi, kFalse);
     lock.unlock();
-    set(pIface->isConnected, kFalse);
+    store(pIface->isConnected, kFalse);
     stopAddressing(*pIface);
     const LoopGate gate; // a lease that the loop is at comes to its end first, and is gone with its client
-    set(pIface->isConnected, kFalse);
+    store(pIface->isConnected, kFalse);
     return kOk;
 }
 
@@ -155,7 +155,7 @@ RETURN_TYPE int_Movo_Net_Wpactrl_IsConnected(MovoNetIface_t* pIface, kest_bool* 
 {
     RETURN_TYPE result = kOk;
     if (const Wpactrl_t* w = openLink(pIface, isConnected, result, NET_HERE); w != nullptr) {
-        *isConnected = get(w->connectStatus) == WPACTRL_STATUS_CONNECTED ? kTrue : kFalse;
+        *isConnected = load(w->connectStatus) == WPACTRL_STATUS_CONNECTED ? kTrue : kFalse;
     }
     return result;
 }
@@ -164,7 +164,7 @@ RETURN_TYPE int_Movo_Net_Wpactrl_Status(MovoNetIface_t* pIface, kest_bool* isWpa
 {
     RETURN_TYPE result = kOk;
     if (const Wpactrl_t* w = openLink(pIface, isWpanone, result, NET_HERE); w != nullptr) {
-        *isWpanone = get(w->connectStatus) == WPACTRL_STATUS_NONE ? kTrue : kFalse;
+        *isWpanone = load(w->connectStatus) == WPACTRL_STATUS_NONE ? kTrue : kFalse;
     }
     return result;
 }
@@ -173,8 +173,8 @@ RETURN_TYPE int_Movo_Net_Wpactrl_IsReconnecting(MovoNetIface_t* pIface, kest_boo
 {
     RETURN_TYPE result = kOk;
     if (const Wpactrl_t* w = openLink(pIface, isReconnecting, result, NET_HERE); w != nullptr) {
-        const WpactrlConnectStatus_e status = get(w->connectStatus);
-        const bool withoutAddress = status == WPACTRL_STATUS_CONNECTED && !get(pIface->isConnected);
+        const WpactrlConnectStatus_e status = load(w->connectStatus);
+        const bool withoutAddress = status == WPACTRL_STATUS_CONNECTED && !load(pIface->isConnected);
         *isReconnecting = status == WPACTRL_STATUS_CONNECTING || withoutAddress ? kTrue : kFalse;
     }
     return result;

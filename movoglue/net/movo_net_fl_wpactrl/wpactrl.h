@@ -38,6 +38,8 @@ struct Wpactrl_t {
     kest_bool ctrlClosed;     ///< ctrl_conn stands for a connection that is closed: every request fails.
     kest_bool isShuttingDown; ///< Of two threads that shut down, one does.
     std::uint32_t generation; ///< Counts openings and closings, for handlers that callbacks may have shut down.
+    std::uint32_t attempts;   ///< Counts joins and starts of WPS, for a hidden search that one has overtaken.
+    std::uint32_t scanEnds;   ///< Counts scans that ended with results, for one that does before its reply has come.
     Wpactrl_t* nextRetired;
 };
 
@@ -53,7 +55,8 @@ bool dropTimer(Wpactrl_t& w, ScopedLock& lock, std::int32_t& handle);
 
 /**
  * What is going to be joined ends a search for a hidden network, whose results would remove it. Called before the
- * removal of networks, which waits for a handler that still saw the search. Its scan goes on.
+ * removal of networks, which waits for a handler that still saw the search, and again with the new state, for a search
+ * that has begun in between. Its scan goes on.
  */
 void endHiddenSearch(Wpactrl_t& w);
 

@@ -1,8 +1,8 @@
 #include "movo_net_fl_eventloop/eventloop.h"
 #include "movo_net_fl_wifi/wifi.h"
 #include "movo_net_fl_wpactrl/connect.h"
+#include "support/atomic.h"
 #include "support/log.h"
-#include "support/shared.h"
 #include "support/text.h"
 
 #include <cstring>
@@ -41,8 +41,8 @@ RETURN_TYPE enterWpsMode(Wpactrl_t* w, CallSite at)
         NET_LOG_AT(at, KEST_LEVEL_ERROR, "lock wpactrl mutex failed\n");
         return kFail;
     }
-    set(w->isWpsEssSaved, kFalse);
-    set(w->isWpsMode, kTrue);
+    store(w->isWpsEssSaved, kFalse);
+    store(w->isWpsMode, kTrue);
     return kOk;
 }
 } // namespace
@@ -52,7 +52,7 @@ RETURN_TYPE int_Movo_Net_Wpactrl_WPSPBC(MovoNetIface_t* pIface)
     if (const RETURN_TYPE result = checkLink(pIface, NET_HERE); result != kOk) {
         return result;
     }
-    if (get(pIface->isConnected)) {
+    if (load(pIface->isConnected)) {
         (void)NotifyApp(_MOVO_NET_CALLBACK_IFDISCONNECTED_, pIface);
     }
     removeNetwork(pIface, NET_HERE);

@@ -2,15 +2,60 @@
 
 #include "support/slow.h"
 
+#include <atomic>
 #include <cstdlib>
+#include <kest.h>
 
 namespace movonet {
+pthread_mutex_t launchLock = PTHREAD_MUTEX_INITIALIZER;
+
+namespace {
+constexpr int kForkedAfterMs = 1000;
+constexpr int kPollMs = 10;
+
+std::atomic<int> s_launches; // calls that may not have forked yet
+
+/** One call that forks; it begins when no NoLaunch lives. */
+class Launch {
+public:
+    Launch()
+    {
+        (void)pthread_mutex_lock(&launchLock);
+        ++s_launches;
+        (void)pthread_mutex_unlock(&launchLock);
+    }
+    ~Launch() { --s_launches; }
+    Launch(const Launch&) = delete;
+    Launch& operator=(const Launch&) = delete;
+};
+} // namespace
+
 int runShell(const char* command)
 {
     if (*command == '\0') {
         return -1; // there was no memory for it
     }
     const SlowWatch watch(command);
+    const Launch launch;
     return std::system(command); // NOLINT(cert-env33-c): the set's tools are commands by contract
+}
+
+std::FILE* readShell(const char* command)
+{
+    const Launch launch;
+    return popen(command, "re"); // NOLINT(cert-env33-c): the set's tools are commands by contract
+}
+
+NoLaunch::NoLaunch()
+{
+    (void)pthread_mutex_lock(&launchLock);
+    for (int waited = 0; s_launches > 0 && waited < kForkedAfterMs; waited += kPollMs) {
+        Kest_Util_Delay(kPollMs);
+    }
+}
+
+NoLaunch::~NoLaunch()
+{
+    (void)pthread_mutex_unlock(&launchLock);
 }
 } // namespace movonet

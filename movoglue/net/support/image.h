@@ -2,7 +2,7 @@
 #ifndef MOVO_NET_SUPPORT_IMAGE_H
 #define MOVO_NET_SUPPORT_IMAGE_H
 
-#include "support/shared.h"
+#include "support/atomic.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -27,7 +27,7 @@ public:
     template <typename Integer>
     void le(std::size_t offset, const Integer& field, OnLoad /*onLoad*/ = OnLoad::Kept)
     {
-        const auto value = static_cast<std::uint64_t>(get(field));
+        const auto value = static_cast<std::uint64_t>(load(field));
         for (std::size_t byte = 0; byte < sizeof(field); ++byte) {
             m_to[offset + byte] = static_cast<std::uint8_t>(value >> (8 * byte));
         }
@@ -36,7 +36,7 @@ public:
     template <typename Address>
     void bytes(std::size_t offset, const Address& field, OnLoad /*onLoad*/ = OnLoad::Kept)
     {
-        const Address value = get(field);
+        const Address value = load(field);
         std::memcpy(m_to.data() + offset, &value, sizeof(value));
     }
 

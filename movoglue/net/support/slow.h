@@ -4,8 +4,9 @@
 
 namespace movonet {
 /**
- * While it lives, somebody waits for the command `what`; after 5 s an error in the log names it, once. The first 255
- * bytes count. Costs no thread before those 5 s are over; of more than eight at once the rest goes unseen.
+ * While it lives, somebody waits for the command or file `what`; after 5 s an error in the log names it, once. The
+ * first 255 bytes count. The first of all costs libc's timer thread, which sleeps for good; of more than eight at once
+ * the rest goes unseen.
  */
 class [[nodiscard]] SlowWatch {
 public:

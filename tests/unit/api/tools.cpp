@@ -46,7 +46,7 @@ Lines said(const sim::Set& set, const std::string& function)
 
 Layer::Layer()
 {
-    movonet::set(movonet::s_bIsInitDone, movonet::kTrue);
+    movonet::store(movonet::s_bIsInitDone, movonet::kTrue);
 }
 
 MovoNetIface_t& Layer::add(const std::string& name, MovoNetIfaceType_e type)

@@ -3,6 +3,7 @@
 #include "movo_net_fg/fg.h"
 
 #include <fcntl.h>
+#include <sched.h>
 #include <unistd.h>
 
 namespace dhcp {
@@ -71,6 +72,16 @@ std::vector<sim::Signal> sent(const sim::Set& set)
     std::vector<sim::Signal> signals = set.signals();
     std::erase_if(signals, [](const sim::Signal& signal) { return signal.number == 0; });
     return signals;
+}
+
+void goesAsFarAsItCan(const std::atomic<bool>& underWay)
+{
+    while (!underWay) {
+        (void)sched_yield();
+    }
+    for (int yields = 0; yields < 1000; ++yields) {
+        (void)sched_yield();
+    }
 }
 
 Bench::Bench(MovoNetIfaceType_e type, unsigned seed)

@@ -8,6 +8,7 @@
 #include "unit/ip/tools.h"
 #include "wifi_fake.h"
 
+#include <atomic>
 #include <initializer_list>
 #include <string>
 
@@ -19,6 +20,7 @@ using ip::told;
 
 inline constexpr const char* kMarker = "/tmp/NotifyNtpclient";
 inline constexpr const char* kPidFile = "/tmp/dhcp/dhcpcd-eth0.pid";
+inline constexpr int kPid = 4711; ///< Its usual number.
 inline constexpr const char* kPipe = "/tmp/dhcpnotify.pipe.eth0";
 inline constexpr const char* kLaunch =
     "export DHCP_NOTIFY_PIPE_DIR=\"/tmp/dhcpnotify.pipe.eth0\"; /system/bin/dhcpcd  -B "
@@ -41,6 +43,9 @@ std::vector<sim::Signal> sent(const sim::Set& set);
 
 /** Stands for an environment that names the pipes so. Before the first bench; `base` must outlive the process. */
 void namePipes(const char* base);
+
+/** Waits until another thread is under way and, as far as this computer lets it, waits for this one. */
+void goesAsFarAsItCan(const std::atomic<bool>& underWay);
 
 /** A set whose event loop runs, with one active interface in the list: eth0 with its cable in, or wlan0. */
 class Bench {

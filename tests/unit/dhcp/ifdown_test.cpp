@@ -2,7 +2,7 @@
 
 #include "movo_net_fg/fg.h"
 #include "movo_net_fl_eventloop/eventloop.h"
-#include "support/shared.h"
+#include "support/atomic.h"
 
 #include <csignal>
 #include <sched.h>
@@ -132,6 +132,27 @@ TEST(IfDown, HandsTheRouteToTheOtherInterface)
     EXPECT_EQ(bench.set.defaultRoutes(), Lines{"10.1.0.1 dev eth1"});
 }
 
+/** What an activation begins meanwhile must not be what is then cleared. */
+TEST(IfDown, MakesAnActivationWaitForItsEnd)
+{
+    Bench bench;
+    bench.launch();
+    std::atomic<bool> underWay{false};
+    bench.set.onCommand("netcfg eth0 up").does([&] { underWay = true; });
+    bench.set.fail({.call = sim::Call::Sleep, .nth = 1, .does = [&] { // the client ends
+                        bench.set.background([&bench] { EXPECT_EQ(ifup(&bench.iface), 0); });
+                        goesAsFarAsItCan(underWay);
+                        EXPECT_EQ(movonet::load(bench.iface.isActived), 0);
+                    }});
+    EXPECT_EQ(ifdown(&bench.iface), 0);
+    bench.set.joinBackground();
+    EXPECT_EQ(bench.iface.isActived, 1);
+    EXPECT_NE(bench.iface.macaddr, 0);
+    EXPECT_TRUE(bench.set.dhcp("eth0").running());
+    EXPECT_EQ(bench.set.dhcp("eth0").launches(), 2);
+    EXPECT_TRUE(bench.set.exists(kPipe));
+}
+
 class IfDownDuringALease : public testing::TestWithParam<MovoNetIPMode_e> {
 protected:
     IfDownDuringALease()
@@ -152,7 +173,7 @@ protected:
 TEST_P(IfDownDuringALease, LeavesNoneOfIt)
 {
     bench.set.background([this] { EXPECT_EQ(ifdown(&bench.iface), 0); });
-    while (movonet::get(bench.iface.isActived) != 0) {
+    while (movonet::load(bench.iface.isActived) != 0) {
         (void)sched_yield();
     }
     for (int yields = 0; yields < 1000 && bench.set.liveThreads() > 1; ++yields) {
@@ -180,14 +201,14 @@ TEST_P(IfDownDuringALease, ComesAfterItsLastStep)
     {
         const movonet::LoopGate handler;
         bench.set.background([this] { EXPECT_EQ(ifdown(&bench.iface), 0); });
-        while (movonet::get(bench.iface.isActived) != 0) {
+        while (movonet::load(bench.iface.isActived) != 0) {
             (void)sched_yield();
         }
         for (int yields = 0; yields < 1000; ++yields) {
             (void)sched_yield(); // it goes as far as it can
         }
-        movonet::set(bench.iface.isConnected, movonet::kTrue);
-        movonet::set(bench.iface.ipv4, 1U);
+        movonet::store(bench.iface.isConnected, movonet::kTrue);
+        movonet::store(bench.iface.ipv4, 1U);
     }
     bench.set.joinBackground();
     EXPECT_EQ(bench.iface.isConnected, 0);

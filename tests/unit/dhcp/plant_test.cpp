@@ -9,7 +9,6 @@ using sim::Plant;
 // What a local user may put in the place of the client's pid file counts as no file.
 
 namespace {
-constexpr int kPid = 4711;
 
 class PlantedPidFile : public testing::TestWithParam<Plant> {
 protected:

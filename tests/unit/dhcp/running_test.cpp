@@ -1,7 +1,7 @@
 #include "bench.h"
 
 #include "movo_net_fl_eventloop/eventloop.h"
-#include "support/shared.h"
+#include "support/atomic.h"
 
 #include <csignal>
 #include <sched.h>
@@ -11,8 +11,6 @@ using namespace dhcp;
 
 namespace {
 using Signals = std::vector<sim::Signal>;
-
-constexpr int kPid = 4711;
 
 struct Row {
     const char* name;

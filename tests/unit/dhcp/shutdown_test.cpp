@@ -8,7 +8,6 @@ using namespace dhcp;
 namespace {
 using Signals = std::vector<sim::Signal>;
 
-constexpr int kPid = 4711;
 const std::string kStart = "INFO ShutdownDhcpcd: ShutdownDhcpcd, pIface->dhcpcfd=-1, pIface->dhcpcEventHandle=0x0\n";
 const std::string kChecking = "INFO ShutdownDhcpcd: ShutdownDhcpcd, checking file /tmp/dhcp/dhcpcd-eth0.pid\n";
 const std::string kPidLine = "INFO ShutdownDhcpcd: ShutdownDhcpcd, dhcpcd pid=4711\n";

@@ -92,6 +92,17 @@ TEST_P(TakenDownAtACommand, LeavesNoClientWhenTheModeChangesToo)
 
 INSTANTIATE_TEST_SUITE_P(Commands, TakenDownAtACommand, testing::Values("ifconfig eth0", "chmod", "export"));
 
+/** Nobody would stop it: taking an auto-IP interface down leaves its client alone. */
+TEST_F(TakenDown, InAutoIpBeforeTheLaunchStartsNoClient)
+{
+    bench.iface.ipMode = _MOVO_NET_IPMODE_AUTOIP_;
+    bench.set.onCommand("chmod").does([this] { takeDown(); }).times(1);
+    EXPECT_EQ(ConfigIP(&bench.iface, kForce), 0);
+    EXPECT_EQ(bench.set.dhcp("eth0").launches(), 0);
+    EXPECT_EQ(bench.iface.isActived, 0);
+    EXPECT_EQ(bench.iface.ipStatus, _MOVO_NET_IPSTATUS_NONE_);
+}
+
 TEST_F(TakenDown, WhileAnOldClientEndsStartsNoNewOne)
 {
     bench.launch();
@@ -156,6 +167,30 @@ TEST_F(TakenDown, WhileTheRouteIsSetIsNotConnected)
     EXPECT_EQ(bench.set.defaultRoutes(), Lines{"192.168.21.1 dev wlan0"});
 }
 
+/** Another thread brings it up while what is left of the configuration is taken back, and waits for that. */
+TEST_F(TakenDown, AndBroughtUpAgainIsUp)
+{
+    bench.setStatic();
+    takeDownInCallback(3);
+    std::atomic<bool> begun{false};
+    std::atomic<bool> underWay{false};
+    bench.set.onCommand("netcfg eth0 up").does([&] { underWay = true; });
+    bench.set.onLog([&](const sim::LogLine& line) {
+        if (!line.text.starts_with("ShutdownDhcpcd, pIface") || load(bench.iface.isActived) || begun.exchange(true)) {
+            return;
+        }
+        bench.set.background([this] { EXPECT_EQ(int_Movo_Net_Active(&bench.iface, kTrue), 0); });
+        goesAsFarAsItCan(underWay);
+    });
+    EXPECT_EQ(ConfigIP(&bench.iface, kNoForce), 0);
+    bench.set.joinBackground();
+    EXPECT_TRUE(begun);
+    EXPECT_EQ(bench.iface.isActived, 1);
+    EXPECT_EQ(bench.iface.isConnected, 1);
+    EXPECT_EQ(bench.set.iface("eth0").address(), "192.168.1.20");
+    EXPECT_EQ(bench.set.defaultRoutes(), Lines{"192.168.1.1 dev eth0"});
+}
+
 TEST_F(TakenDown, ByTheCallbackOfALeaseReportsNoSuccess)
 {
     bench.launch();
@@ -199,6 +234,17 @@ TEST_F(TakenDown, KeepsTheClientOfAutoIp)
     EXPECT_EQ(ConfigIPThread(&bench.iface), nullptr);
     EXPECT_TRUE(bench.set.dhcp("eth0").running());
     EXPECT_NE(bench.iface.dhcpcfd, -1);
+}
+
+TEST_F(TakenDown, KeepsTheClientThatARetryRevived)
+{
+    bench.iface.isActived = 0;
+    bench.launch();
+    bench.set.dhcp("eth0").leases();
+    EXPECT_EQ(ConfigIPThread(&bench.iface), nullptr);
+    EXPECT_TRUE(bench.set.dhcp("eth0").running());
+    EXPECT_NE(bench.iface.dhcpcfd, -1);
+    EXPECT_EQ(bench.iface.isConnected, 1);
 }
 
 /** What an inactive interface is given on purpose it gets: the retry of a lost lease revives it. */

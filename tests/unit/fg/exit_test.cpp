@@ -5,7 +5,6 @@
 
 namespace {
 constexpr const char* kExit = "Movo_NET_Glue_Exit";
-constexpr auto kEther = _MOVO_NET_IFACE_ETHER_;
 
 class Exit : public testing::Test {
     std::list<FakeIface> m_ifaces;
@@ -229,6 +228,7 @@ TEST_F(Exit, KeepsTakingTheLinkDownAtAStartAfterIt)
     set.forget();
     (void)Movo_NET_Glue_Init();
     EXPECT_RAN(set, "netcfg eth0 down; netcfg eth0 hwprefix 02:00:00:00:00:01");
+    EXPECT_FALSE(set.iface("eth0").up());
     EXPECT_EQ(Movo_NET_IsInitializationDone(0), 0);
     EXPECT_EQ(set.stop(), 0);
 }

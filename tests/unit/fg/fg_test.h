@@ -9,6 +9,8 @@
 #include <vector>
 
 inline constexpr const char* kFg = "movo_net_fg";
+inline constexpr const char* kInit = "Movo_NET_Glue_Init";
+inline constexpr auto kEther = _MOVO_NET_IFACE_ETHER_;
 inline constexpr int kPassTicks = 10;
 
 /** The listed interfaces, in order. */

@@ -7,7 +7,6 @@
 
 namespace {
 constexpr const char* kPass = "OnLinkStatusEventRev";
-constexpr auto kEther = _MOVO_NET_IFACE_ETHER_;
 constexpr auto kWifi = _MOVO_NET_IFACE_WIFI_;
 constexpr auto kLo = _MOVO_NET_IFACE_LO_;
 
@@ -145,7 +144,7 @@ TEST_F(LinkPass, MakesInactiveOnlyWhatAFailedActivationMadeActive)
         present(std::string(iface.record.name) + ": 0\n");
         iface.result = 1;
         iface.record.isActived = before;
-        iface.onActive = [&] { movonet::set(iface.record.isActived, movonet::kTrue); };
+        iface.onActive = [&] { movonet::store(iface.record.isActived, movonet::kTrue); };
         EXPECT_EQ(pass(), 0);
         EXPECT_EQ(iface.record.isAvailable, 0);
         EXPECT_EQ(iface.record.isActived, before);
@@ -283,7 +282,7 @@ TEST_F(LinkPass, ReportsTheGlueDone)
 
 TEST_F(LinkPass, DoesNotReportAStoppingGlueDone)
 {
-    movonet::set(movonet::s_bThreadTerminating, kest_bool{1});
+    movonet::store(movonet::s_bThreadTerminating, kest_bool{1});
     EXPECT_EQ(pass(), 0);
     EXPECT_EQ(Movo_NET_IsInitializationDone(0), 0);
 }

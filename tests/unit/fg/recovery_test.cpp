@@ -1,4 +1,4 @@
-#include "fg_test.h"
+#include "recovery.h"
 
 #include <array>
 #include <csignal>
@@ -8,58 +8,7 @@
 #include <sys/sysmacros.h>
 #include <unistd.h>
 
-int recoveryMain(); // the daemon's main, renamed for this test
-
 namespace {
-/** What the platform's logger was told. */
-struct Told {
-    std::string program = {};
-    std::string category = {};
-    int colour = -1;
-    std::string description = {};
-} s_told;
-} // namespace
-
-extern "C" {
-void __real_kest_debug_init(const char* name);
-kest_debug_category* __real_kest_debug_category_new(const char* name, int colour, const char* description);
-
-void __wrap_kest_debug_init(const char* name)
-{
-    s_told.program = name;
-    __real_kest_debug_init(name);
-}
-
-kest_debug_category* __wrap_kest_debug_category_new(const char* name, int colour, const char* description)
-{
-    s_told = {s_told.program, name, colour, description};
-    return __real_kest_debug_category_new(name, colour, description);
-}
-}
-
-namespace {
-/** The daemon runs on a thread of its own until the glue is stopped. */
-class Recovery : public testing::Test {
-protected:
-    sim::Set set;
-    int status = -1;
-
-    Recovery() { set.cable("eth0").plug(); }
-
-    void run()
-    {
-        set.background([this] { status = recoveryMain(); });
-        set.settle();
-    }
-    void end()
-    {
-        EXPECT_EQ(status, -1) << "it runs as long as the glue";
-        EXPECT_EQ(set.stop(), 0);
-        set.joinBackground();
-        EXPECT_EQ(status, 0);
-    }
-};
-
 TEST_F(Recovery, BringsTheNetworkUpAndStays)
 {
     run();
@@ -104,10 +53,10 @@ TEST_F(Recovery, MakesTheGluesCategory)
 TEST_F(Recovery, TellsThePlatformsLoggerItsNames)
 {
     run();
-    EXPECT_EQ(s_told.program, "MOVOAPP_TEST");
-    EXPECT_EQ(s_told.category, "RECOVERY_NET_CONNECTION");
-    EXPECT_EQ(s_told.colour, 0);
-    EXPECT_EQ(s_told.description, "Platform Glue Net");
+    EXPECT_EQ(g_told.program, "MOVOAPP_TEST");
+    EXPECT_EQ(g_told.category, "RECOVERY_NET_CONNECTION");
+    EXPECT_EQ(g_told.colour, 0);
+    EXPECT_EQ(g_told.description, "Platform Glue Net");
     end();
 }
 
@@ -141,7 +90,7 @@ TEST_F(Recovery, OutlivesAPipeThatNobodyReads)
 {
     for (void (*starters)(int) : {SIG_DFL, SIG_IGN}) {
         (void)std::signal(SIGPIPE, starters);
-        set.background([] { (void)recoveryMain(); });
+        set.background([] { (void)daemonWith({}); });
         set.settle();
         struct sigaction now {};
         ASSERT_EQ(sigaction(SIGPIPE, nullptr, &now), 0);
@@ -171,7 +120,7 @@ TEST_F(Recovery, FillsClosedStandardDescriptors)
         for (int fd = 0; fd < 3; ++fd) {
             (void)close(fd);
         }
-        status = recoveryMain();
+        status = daemonWith({});
     });
     set.settle();
     std::array<bool, 3> filled{};

@@ -139,15 +139,15 @@ void notifyOnAnApplicationsThread(sim::Set& set, MovoNetIface_t* iface)
 
 void setAnAddressOnAnApplicationsThread(sim::Set& set, MovoNetIface_t* iface)
 {
-    movonet::set(iface->ipMode, _MOVO_NET_IPMODE_STATIC_);
-    movonet::set(iface->isActived, kest_bool{1});
+    movonet::store(iface->ipMode, _MOVO_NET_IPMODE_STATIC_);
+    movonet::store(iface->isActived, kest_bool{1});
     set.background([iface] { EXPECT_EQ(iface->funcs.SetIpv4(iface, inet_addr("10.0.2.7")), 0); });
 }
 
 void configureOnAThreadOfItsOwn(sim::Set&, MovoNetIface_t* iface)
 {
-    movonet::set(iface->ipMode, _MOVO_NET_IPMODE_STATIC_);
-    movonet::set(iface->isActived, kest_bool{1});
+    movonet::store(iface->ipMode, _MOVO_NET_IPMODE_STATIC_);
+    movonet::store(iface->isActived, kest_bool{1});
     EXPECT_EQ(CreateConfigIPThread(iface), 0);
 }
 

@@ -3,8 +3,6 @@
 #include "movo_net_fl_eventloop/eventloop.h"
 
 namespace {
-constexpr const char* kInit = "Movo_NET_Glue_Init";
-
 bool isBriefly(const sim::Set& set, const char* text)
 {
     return bool(set.logged(KEST_LEVEL_ERROR, kFg, kInit, text));

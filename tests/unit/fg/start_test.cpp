@@ -1,10 +1,10 @@
 #include "fg_test.h"
 
+#include "movo_net_iface.h"
+
 #include <pthread.h>
 
 namespace {
-constexpr const char* kInit = "Movo_NET_Glue_Init";
-
 class Start : public testing::Test {
 protected:
     sim::Set set;
@@ -238,5 +238,36 @@ TEST_F(Start, LosesNothingWithAStaticAddress)
     EXPECT_TRUE(changed);
     EXPECT_EQ(timesLogged(set, "link:activate eth0 failed\n"), 0);
     EXPECT_EQ(set.callbacks().back(), (sim::Called{sim::IFFOUND, "eth0"}));
+}
+
+/** Deactivation passes over what is not active, and nothing else chooses an interface for the default route then. */
+TEST(RevivedInterface, KeepsItsRouteWhenItIsRemoved)
+{
+    const std::vector<std::string> route{"10.0.2.2 dev eth0"};
+    const sim::Lease other{"10.0.3.15", "255.255.255.0", "10.0.3.2", "10.0.3.3", "other"};
+    sim::Set set;
+    set.addIface("eth1");
+    set.cable("eth0").plug();
+    set.cable("eth1").plug();
+    ASSERT_EQ(set.start(), 0);
+    set.dhcp("eth1").leases(other);
+    set.dhcp("eth0").loses();
+    ASSERT_EQ(Movo_NET_DisableIface(0, "eth0"), 0);
+    set.grantTicks(10); // the retry
+    set.dhcp("eth0").leases();
+    const MovoNetIface_t* eth0 = FindInterface("eth0");
+    ASSERT_EQ(eth0->isConnected, 1);
+    ASSERT_EQ(eth0->isActived, 0);
+    ASSERT_EQ(set.defaultRoutes(), route);
+
+    set.forget();
+    set.cable("eth0").pull();
+    linkPass(set);
+    EXPECT_CALLBACKS(set, {{sim::IFREMOVED, "eth0"}});
+    EXPECT_EQ(eth0->isConnected, 0);
+    EXPECT_TRUE(set.dhcp("eth0").running());
+    EXPECT_EQ(set.defaultRoutes(), route);
+    set.dhcp("eth1").leases(other);
+    EXPECT_EQ(set.defaultRoutes(), std::vector<std::string>{"10.0.3.2 dev eth1"}) << "the next choice mends it";
 }
 } // namespace

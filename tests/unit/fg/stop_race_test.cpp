@@ -103,7 +103,7 @@ TEST_F(StopRace, LatePassActivatesNothing)
     set.cable("eth1").plug();
     set.onCallback([this](MovoNetCBReason_e, void*) { // eth0 is gone, and eth1 comes next
         inside = true;
-        waitUntil([] { return movonet::get(movonet::s_bThreadTerminating) != 0; });
+        waitUntil([] { return movonet::load(movonet::s_bThreadTerminating) != 0; });
     });
     std::thread time([this] { set.grantTicks(1); });
     waitForInside();

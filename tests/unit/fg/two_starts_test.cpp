@@ -6,8 +6,6 @@
 #include <sched.h>
 
 namespace {
-constexpr const char* kInit = "Movo_NET_Glue_Init";
-
 bool othersWait(const sim::Set& set)
 {
     return bool(set.logged(KEST_LEVEL_INFO, kFg, kInit, "initializing\n"));

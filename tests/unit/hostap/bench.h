@@ -14,6 +14,8 @@ namespace hostap {
 using Lines = std::vector<std::string>;
 
 inline constexpr const char* kModule = "movo_net_fl_hostap";
+/** A line of the file of leases. */
+inline constexpr const char* kPhoneLease = "1795206803 02:00:00:00:02:00 192.168.255.182 phone1 *\n";
 inline constexpr const char* kLeases = "/tmp/dnsmasq.leases";
 inline constexpr const char* kPipe = "/tmp/softapnotify.pipe.bcm0";
 inline constexpr const char* kConfiguration = "/data/wifi/hostapd.conf";

@@ -83,18 +83,18 @@ TEST(SoftApPipe, MayBeThereAlready)
 
 // --- When it cannot be made ---
 
-struct Failure {
+struct PipeFailure {
     const char* name;
     std::function<void(sim::Set&)> fault;
     std::string said;
     Lines left; ///< Descriptors.
 };
-void PrintTo(const Failure& failure, std::ostream* out)
+void PrintTo(const PipeFailure& failure, std::ostream* out)
 {
     *out << failure.name;
 }
 
-const Failure kFailures[] = {
+const PipeFailure kPipeFailures[] = {
     {"NoPipe",
      [](sim::Set& set) { (void)set.fail({.call = Call::Mkfifo, .on = kPipe, .error = ENOSPC}); },
      "ERROR HOSTAP:can't create fifo : No space left on device\n",
@@ -114,7 +114,7 @@ const Failure kFailures[] = {
      {"open(\"/tmp/softapnotify.pipe.bcm0\")"}},
 };
 
-class SoftApPipeFailure : public testing::TestWithParam<Failure> {};
+class SoftApPipeFailure : public testing::TestWithParam<PipeFailure> {};
 
 TEST_P(SoftApPipeFailure, IsTold)
 {
@@ -133,7 +133,7 @@ TEST_P(SoftApPipeFailure, EndsTheWatch)
     EXPECT_EQ(bench.said("s_SoftAP_Check_Connection"), Lines{"ERROR HOSTAP:can not add event!\n"});
     EXPECT_EQ(bench.set.watch(kLeases).watchers(), 0);
 }
-INSTANTIATE_TEST_SUITE_P(Steps, SoftApPipeFailure, testing::ValuesIn(kFailures),
+INSTANTIATE_TEST_SUITE_P(Steps, SoftApPipeFailure, testing::ValuesIn(kPipeFailures),
                          [](const auto& each) { return each.param.name; });
 
 TEST(SoftApPipe, WithADescriptorTooHighForTheLoopIsNotGivenToIt)

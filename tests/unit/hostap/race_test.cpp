@@ -10,7 +10,6 @@ using namespace hostap;
 // Starts, stops, devices and questions at once.
 
 namespace {
-constexpr const char* kLease = "1795206803 02:00:00:00:02:00 192.168.255.182 phone1 *\n";
 
 class SoftApRace : public testing::TestWithParam<unsigned> {
 protected:
@@ -35,7 +34,7 @@ TEST_P(SoftApRace, HasOneWatchAfterTwoStartsAtOnce)
     EXPECT_EQ(bench.set.watch(kLeases).watchers(), 1);
     bench.set.grantTicks(1);
     bench.set.forget();
-    bench.writeLeases(kLease);
+    bench.writeLeases(kPhoneLease);
     EXPECT_CALLBACKS(bench.set, {{sim::SOFTAPCONNECTED, "bcm0"}});
 }
 
@@ -142,7 +141,7 @@ TEST(SoftApRaces, LeaveTheDeviceAloneWhileACallbackRuns)
 {
     Bench bench;
     bench.start();
-    bench.writeLeases(kLease);
+    bench.writeLeases(kPhoneLease);
     bool looked = false;
     bench.set.onCallback([&](MovoNetCBReason_e, void*) {
         if (looked) {
@@ -179,7 +178,7 @@ TEST_P(SoftApRace, LetsACallbackStopAndStartTheAccessPoint)
     EXPECT_EQ(Movo_Net_WiFi_HostAP_Status(0), 1);
     bench.set.grantTicks(1);
     calls = 0;
-    bench.writeLeases(kLease); // on threads of its own
+    bench.writeLeases(kPhoneLease); // on threads of its own
     EXPECT_GE(calls, 1);
     bench.set.settle();
     EXPECT_EQ(Movo_Net_WiFi_HostAP_Status(0), 1);
@@ -197,7 +196,7 @@ TEST(SoftApAfterTheGlue, HearsOfDevicesWithoutHarm)
     ASSERT_EQ(Movo_Net_WiFi_HostAP_Status(0), 1);
     ASSERT_EQ(set.stop(), 0);
     set.forget();
-    set.write(kLeases, kLease);
+    set.write(kLeases, kPhoneLease);
     set.watch(kLeases).modified();
     EXPECT_CALLBACKS(set, {});
     EXPECT_LOGGED(set, KEST_LEVEL_ERROR, "movo_net_fg", "NotifyApp", "lock mutex failed\n");

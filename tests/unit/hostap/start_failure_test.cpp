@@ -10,7 +10,7 @@ using sim::Call;
 
 namespace {
 /** One failing step: how, what is said of it, what has been run, and whether the interface is up in the end. */
-struct Failure {
+struct StartFailure {
     const char* name;
     std::function<void(sim::Set&)> fault;
     Lines lastSaid;
@@ -18,7 +18,7 @@ struct Failure {
     MovoHotspotState_e state;
     bool up;
 };
-void PrintTo(const Failure& failure, std::ostream* out)
+void PrintTo(const StartFailure& failure, std::ostream* out)
 {
     *out << failure.name;
 }
@@ -36,7 +36,7 @@ Lines commands(std::size_t count, const Lines& more = {})
     return all;
 }
 
-const Failure kFailures[] = {
+const StartFailure kStartFailures[] = {
     {"NoListOfInterfaces",
      failing({.call = Call::GetIfAddrs, .nth = 1, .error = ENOMEM}),
      {"ERROR SoftAP_isInterfaceAvailable: fatal error getifaddrs() Cannot allocate memory",
@@ -157,11 +157,11 @@ const Failure kFailures[] = {
      false},
 };
 
-class SoftApStartFailure : public testing::TestWithParam<Failure> {};
+class SoftApStartFailure : public testing::TestWithParam<StartFailure> {};
 
 TEST_P(SoftApStartFailure, IsToldAndEndsTheStart)
 {
-    const Failure& failure = GetParam();
+    const StartFailure& failure = GetParam();
     Bench bench;
     failure.fault(bench.set);
     EXPECT_EQ(s_SoftAP_Start(nullptr), nullptr);
@@ -188,7 +188,7 @@ TEST_P(SoftApStartFailure, DoesNotHinderTheNextStart)
     bench.startHere();
     EXPECT_EQ(hotspot.mState, HOTSPOT_STARTED);
 }
-INSTANTIATE_TEST_SUITE_P(Steps, SoftApStartFailure, testing::ValuesIn(kFailures),
+INSTANTIATE_TEST_SUITE_P(Steps, SoftApStartFailure, testing::ValuesIn(kStartFailures),
                          [](const auto& each) { return each.param.name; });
 
 TEST(SoftApStart, FailsOnACommandThatFailsAsOnOneThatCannotBeRun)

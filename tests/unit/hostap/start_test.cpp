@@ -1,6 +1,6 @@
 #include "bench.h"
 
-#include "support/shared.h"
+#include "support/atomic.h"
 
 #include <sys/stat.h>
 
@@ -162,7 +162,7 @@ TEST(SoftApStart, TakesAddressesAwayWhenTheNetworkIsHidden)
 {
     Bench bench;
     bench.set.addIface("bcm0").setAddress("10.1.1.1");
-    bench.set.onCommand("netcfg bcm0 up").does([] { movonet::set(hotspot.mIsHidden, 1); });
+    bench.set.onCommand("netcfg bcm0 up").does([] { movonet::store(hotspot.mIsHidden, 1); });
     bench.startHere();
     EXPECT_EQ(bench.set.iface("bcm0").address(), "0.0.0.0");
     EXPECT_EQ(bench.said("SoftAP_setIPAddress"), Lines{});

@@ -86,18 +86,18 @@ TEST(SoftApStop, CanBeFollowedByAStartAgainAndAgain)
 
 // --- Steps that fail ---
 
-struct Failure {
+struct StopFailure {
     const char* name;
     sim::Fault fault;
     Lines lastSaid;
     std::size_t commands;
 };
-void PrintTo(const Failure& failure, std::ostream* out)
+void PrintTo(const StopFailure& failure, std::ostream* out)
 {
     *out << failure.name;
 }
 
-const Failure kFailures[] = {
+const StopFailure kStopFailures[] = {
     {"NoSwitchForDnsmasq",
      {.call = Call::System, .on = "setprop dnsmasq", .error = ENOMEM},
      {"INFO SoftAP_dnsmasq_setprop: HOSTAP:Command: setprop dnsmasq.enable 0\n",
@@ -131,7 +131,7 @@ const Failure kFailures[] = {
      3},
 };
 
-class SoftApStopFailure : public testing::TestWithParam<Failure> {};
+class SoftApStopFailure : public testing::TestWithParam<StopFailure> {};
 
 TEST_P(SoftApStopFailure, IsToldAndLeavesItStopping)
 {
@@ -172,7 +172,7 @@ TEST_P(SoftApStopFailure, DoesNotHinderTheNextStart)
     bench.startHere();
     EXPECT_EQ(hotspot.mState, HOTSPOT_STARTED);
 }
-INSTANTIATE_TEST_SUITE_P(Steps, SoftApStopFailure, testing::ValuesIn(kFailures),
+INSTANTIATE_TEST_SUITE_P(Steps, SoftApStopFailure, testing::ValuesIn(kStopFailures),
                          [](const auto& each) { return each.param.name; });
 
 TEST(SoftApStop, GoesOnWhenTheAddressCannotBeTakenAway)

@@ -9,7 +9,6 @@ using sim::Call;
 // The thread that watches the leases.
 
 namespace {
-constexpr const char* kLease = "1795206803 02:00:00:00:02:00 192.168.255.182 phone1 *\n";
 
 std::string event(std::uint32_t mask, const std::string& name = "", std::uint32_t told = UINT32_MAX)
 {
@@ -60,7 +59,7 @@ TEST(LeaseWatch, TellsWhenADeviceHasGotAnAddress)
 {
     Bench bench;
     bench.start();
-    bench.writeLeases(kLease);
+    bench.writeLeases(kPhoneLease);
     EXPECT_CALLBACKS(bench.set, {{sim::SOFTAPCONNECTED, "bcm0"}});
     EXPECT_STREQ(softap_connectinfo.devicename, "phone1");
     EXPECT_EQ(bench.set.callbacks()[0].thread, sim::ThreadKind::Product);
@@ -70,7 +69,7 @@ TEST(LeaseWatch, TellsOfEachWriteAgain)
 {
     Watching bench;
     for (int count = 0; count < 3; ++count) {
-        bench.writeLeases(kLease);
+        bench.writeLeases(kPhoneLease);
         EXPECT_CALLBACKS(bench.set, {{sim::SOFTAPCONNECTED, "bcm0"}});
     }
 }
@@ -91,7 +90,7 @@ TEST(LeaseWatch, WaitsForTheListFiveSecondsAtATime)
     EXPECT_EQ(bench.set.watch(kLeases).watchers(), 1);
     EXPECT_EQ(said(bench), Lines{});
     EXPECT_FALSE(bench.set.wake());
-    bench.writeLeases(kLease);
+    bench.writeLeases(kPhoneLease);
     EXPECT_CALLBACKS(bench.set, {{sim::SOFTAPCONNECTED, "bcm0"}});
 }
 
@@ -122,7 +121,7 @@ TEST(LeaseWatch, ReadsAgainAtOnceWhenAReadFails)
     bench.set.settle();
     EXPECT_EQ(said(bench), Lines(3, "ERROR HOSTAP: read error!\n"));
     EXPECT_EQ(bench.set.clock(), 0);
-    bench.writeLeases(kLease);
+    bench.writeLeases(kPhoneLease);
     EXPECT_CALLBACKS(bench.set, {{sim::SOFTAPCONNECTED, "bcm0"}});
 }
 
@@ -141,7 +140,7 @@ TEST(LeaseWatch, StaysWhenTheAccessPointStops)
     bench.start();
     EXPECT_EQ(Movo_Net_WiFi_HostAP_Stop(0), 0);
     bench.set.forget();
-    bench.writeLeases(kLease);
+    bench.writeLeases(kPhoneLease);
     EXPECT_CALLBACKS(bench.set, {{sim::SOFTAPCONNECTED, "bcm0"}});
 }
 
@@ -155,7 +154,7 @@ TEST(LeaseWatch, KeepsOneWatchAndOnePipeForEachStart)
         EXPECT_EQ(Movo_Net_WiFi_HostAP_Stop(0), 0);
     }
     bench.set.forget();
-    bench.writeLeases(kLease);
+    bench.writeLeases(kPhoneLease);
     EXPECT_CALLBACKS(bench.set,
                      {{sim::SOFTAPCONNECTED, "bcm0"}, {sim::SOFTAPCONNECTED, "bcm0"}, {sim::SOFTAPCONNECTED, "bcm0"}});
     bench.say("up"); // into the latest pipe
@@ -179,7 +178,7 @@ TEST(LeaseWatch, KeepsTwoCallbacksAStartForADeviceThatGetsAnAddress)
         bench.set.forget();
         bench.writeLeases("");
         EXPECT_EQ(deviceName(), "");
-        bench.writeLeases(kLease);
+        bench.writeLeases(kPhoneLease);
         EXPECT_EQ(deviceName(), "phone1");
         EXPECT_EQ(bench.set.callbacks().size(), 2U * static_cast<std::size_t>(starts));
     }
@@ -276,7 +275,7 @@ TEST_P(LeaseEvents, DoNotEndTheWatch)
         bench.tell(GetParam().bytes);
     }
     bench.set.forget();
-    bench.writeLeases(kLease);
+    bench.writeLeases(kPhoneLease);
     EXPECT_EQ(said(bench), (Lines{kFile, kModified, kFirst}));
     EXPECT_CALLBACKS(bench.set, {{sim::SOFTAPCONNECTED, "bcm0"}});
 }

@@ -13,7 +13,6 @@ using sim::Call;
 // Starts beyond the eighth: no new watch, no new pipe.
 
 namespace {
-constexpr const char* kLease = "1795206803 02:00:00:00:02:00 192.168.255.182 phone1 *\n";
 constexpr const char* kOpenPipe = "open(\"/tmp/softapnotify.pipe.bcm0\")";
 constexpr const char* kInotify = "inotify_init1()";
 constexpr int kWatches = 8;
@@ -64,7 +63,7 @@ struct SoftApYear : testing::Test {
     {
         bench.set.grantTicks(1);
         bench.set.forget();
-        bench.writeLeases(kLease);
+        bench.writeLeases(kPhoneLease);
         EXPECT_TRUE(bench.set.calledBack(devices(kWatches)));
         bench.say("up");
         EXPECT_CALLBACKS(bench.set, {{sim::SOFTAPSCAN, "bcm0"}});
@@ -119,7 +118,7 @@ TEST_F(SoftApYear, AWatchHasASmallStack)
         EXPECT_EQ(pthread_attr_destroy(&attributes), 0);
     });
     bench.start();
-    bench.writeLeases(kLease);
+    bench.writeLeases(kPhoneLease);
     EXPECT_GE(size, 128U * 1024) << "an application's callback runs on it";
     EXPECT_LE(size, 512U * 1024);
 }
@@ -134,7 +133,7 @@ TEST_F(SoftApYear, TheNinthStartFollowsAListThatWasMadeAnew)
     EXPECT_EQ(bench.set.watch(kLeases).watchers(), 0);
     startAndStop();
     EXPECT_EQ(bench.set.watch(kLeases).watchers(), 1);
-    bench.writeLeases(kLease);
+    bench.writeLeases(kPhoneLease);
     EXPECT_TRUE(bench.set.calledBack(devices(1)));
 }
 

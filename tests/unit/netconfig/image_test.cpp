@@ -10,7 +10,7 @@ using namespace movonet;
 namespace {
 constexpr std::size_t kFields = 100; // up to here the record's layout is the file's, on every machine
 
-MovoNetIface_t recordOf(const std::string& bytes)
+MovoNetIface_t ifaceOf(const std::string& bytes)
 {
     MovoNetIface_t record{};
     std::memcpy(static_cast<void*>(&record), bytes.data(), bytes.size());
@@ -50,7 +50,7 @@ TEST(RecordImage, HasEveryFieldWhereTheRecordHasIt)
     std::string bytes = pattern();
     std::string expected = bytes;
     expected.replace(9, 3, 3, '\0'); // padding
-    EXPECT_EQ(encoded(recordOf(bytes)), expected + std::string(kRecordSize - kFields, '\0'));
+    EXPECT_EQ(encoded(ifaceOf(bytes)), expected + std::string(kRecordSize - kFields, '\0'));
 }
 
 TEST(RecordImage, OperationsAndPointersAreZero)
@@ -84,7 +84,7 @@ TEST(RecordImage, GivesBackWhatOutlastsARestartAndNothingElse)
 {
     const std::string bytes = pattern() + std::string(kRecordSize - kFields, '\xff');
     const MovoNetIface_t record = decoded(bytes);
-    const MovoNetIface_t source = recordOf(pattern());
+    const MovoNetIface_t source = ifaceOf(pattern());
 
     MovoNetIface_t expected{};
     std::memcpy(expected.name, source.name, 8); // the ninth byte is the end mark

@@ -17,12 +17,6 @@ std::string checkText(const std::string& file)
     return std::to_string(static_cast<long>(check));
 }
 
-Configuration reversed(Configuration configuration)
-{
-    std::ranges::reverse(configuration);
-    return configuration;
-}
-
 /** The file is refused with this message, deleted and closed; the list stays as it was. */
 void expectRefused(sim::Set& set, const std::string& contents, const std::string& message)
 {

@@ -10,12 +10,6 @@ using sim::Folder;
 namespace {
 constexpr std::size_t kCalls = 8; // open, lseek, write, write, fsync, close, rename, sync
 
-Configuration reversed(Configuration configuration)
-{
-    std::ranges::reverse(configuration);
-    return configuration;
-}
-
 Configuration numbered(int records, const std::string& octet)
 {
     Configuration configuration;

@@ -1,5 +1,6 @@
 #include "tools.h"
 
+#include <algorithm>
 #include <arpa/inet.h>
 #include <fstream>
 #include <sstream>
@@ -133,6 +134,12 @@ MovoNetIface_t& list(const Settings& settings)
     record.dhcpDownCount = settings.lost;
     record.dhcpDownHandle = settings.timer;
     return list(record);
+}
+
+Configuration reversed(Configuration configuration)
+{
+    std::ranges::reverse(configuration);
+    return configuration;
 }
 
 void clearList()

@@ -39,6 +39,8 @@ struct Settings {
 std::ostream& operator<<(std::ostream& out, const Settings& settings);
 using Configuration = std::vector<Settings>;
 
+Configuration reversed(Configuration configuration);
+
 /** The interface list, in its order. */
 Configuration listed();
 /** The records of the interface list, in its order. */

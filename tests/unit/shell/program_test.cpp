@@ -71,6 +71,44 @@ TEST(ShellProgram, RefusesWhatItDoesNotKnow)
     }
 }
 
+TEST(ShellProgram, ShowsItsVersion)
+{
+    const Ended ended = runProgram("--version", "");
+    EXPECT_EQ(ended.status, 0);
+    EXPECT_EQ(ended.output, "movo_net_shell " MOVO_NET_VERSION "\n");
+}
+
+TEST(ShellProgram, LeavesTheNetworkToAnotherHost)
+{
+    (void)setenv("FAKE_HOST", "812 recovery_net", 1);
+    const Ended ended = runProgram("", "echo never\\n");
+    EXPECT_EQ(ended.status, 1);
+    EXPECT_EQ(ended.output, "movo_net_shell: the network glue runs already: recovery_net, pid 812\n");
+}
+
+TEST(ShellProgram, DoesNotStartTheGlueBesideAnotherHost)
+{
+    (void)setenv("FAKE_HOST", "812", 1);
+    const Ended ended = runProgram("--no-start", "start\\nrunning\\n");
+    EXPECT_EQ(ended.status, 0);
+    EXPECT_TRUE(ended.output.starts_with("movo_net_shell: the network glue runs already: an unknown program, pid 812\n"
+                                         "1 failure\n"))
+        << ended.output;
+    EXPECT_NE(ended.output.find("0 no\n"), std::string::npos) << ended.output;
+}
+
+TEST(ShellProgram, WarnsOnceWhereNoLockCanBe)
+{
+    (void)setenv("FAKE_HOST", "", 1);
+    const Ended ended = runProgram("", "running\\nstart\\n");
+    EXPECT_EQ(ended.status, 0);
+    const std::string warning = "movo_net_shell: another host of the network glue would not be noticed: "
+                                "/run/movo_net.lock: Read-only file system\n";
+    EXPECT_TRUE(ended.output.starts_with(warning)) << ended.output;
+    EXPECT_EQ(ended.output.find(warning, 1), std::string::npos) << ended.output;
+    EXPECT_NE(ended.output.find("1 yes\n"), std::string::npos) << ended.output;
+}
+
 class ShellProgramPlays : public testing::Test {
 protected:
     ~ShellProgramPlays() override { std::filesystem::remove(m_script); }

@@ -1,6 +1,7 @@
 #include "support/command.h"
 
 #include "movo_net_fg/fg.h"
+#include "movo_net_fl_wifi/saved.h"
 #include "sim/sim.h"
 
 #include <future>
@@ -151,5 +152,27 @@ TEST_F(SlowCommand, MayBeTheWaitForTheDisks)
     set.fail({.call = sim::Call::Sync, .nth = 1, .does = [&] { set.spend(kTooLateMs); }});
     EXPECT_EQ(SaveNetConfig(), 0);
     EXPECT_EQ(named(), (Texts{"still waiting after 5 s for: sync\n"}));
+}
+
+TEST_F(SlowCommand, MayBeTheFileOfTheConfiguration)
+{
+    set.cable("eth0").plug();
+    ASSERT_EQ(set.start(), 0);
+    for (const sim::Call slow : {sim::Call::Write, sim::Call::Fsync}) {
+        set.forget();
+        set.fail({.call = slow, .nth = 1, .does = [&] { set.spend(kTooLateMs); }});
+        EXPECT_EQ(SaveNetConfig(), 0);
+        EXPECT_EQ(named(), (Texts{"still waiting after 5 s for: /data/tv/save/netconfig.tmp\n"}));
+    }
+}
+
+TEST_F(SlowCommand, MayBeTheFileOfRememberedNetworks)
+{
+    set.write("/data/tv/save/.keep", "");
+    set.fail({.call = sim::Call::Fsync, .nth = 1, .does = [&] { set.spend(kTooLateMs); }});
+    MovNetWifiEssItem_t ess{};
+    ess.essid[0] = 'A';
+    EXPECT_EQ(int_Movo_Net_SaveEss(&ess), 0);
+    EXPECT_EQ(named(), (Texts{"still waiting after 5 s for: /data/tv/save/saved_esss\n"}));
 }
 } // namespace

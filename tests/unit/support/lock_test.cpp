@@ -1,7 +1,7 @@
 #include "support/lock.h"
 
 #include "sim/sim.h"
-#include "support/shared.h"
+#include "support/atomic.h"
 
 #include <atomic>
 
@@ -200,9 +200,9 @@ INSTANTIATE_TEST_SUITE_P(Steps, UnmadeLock,
 TEST(SharedField, IsReadWrittenAndTaken)
 {
     int field = 1;
-    EXPECT_EQ(movonet::get(field), 1);
-    movonet::set(field, 2);
-    EXPECT_EQ(movonet::take(field, 3), 2);
+    EXPECT_EQ(movonet::load(field), 1);
+    movonet::store(field, 2);
+    EXPECT_EQ(movonet::exchange(field, 3), 2);
     EXPECT_EQ(field, 3);
 }
 
@@ -212,7 +212,7 @@ TEST(SharedField, IsTakenByOneOfMany)
     int descriptor = 5;
     std::atomic<int> takers{0};
     for (int thread = 0; thread < 8; ++thread) {
-        set.background([&] { takers += movonet::take(descriptor, -1) == 5 ? 1 : 0; });
+        set.background([&] { takers += movonet::exchange(descriptor, -1) == 5 ? 1 : 0; });
     }
     set.joinBackground();
     EXPECT_EQ(takers, 1);
@@ -225,11 +225,11 @@ TEST(SharedField, ShowsWhatWasWrittenBeforeIt)
     int* published = nullptr;
     set.background([&] {
         payload = 42;
-        movonet::set(published, &payload);
+        movonet::store(published, &payload);
     });
     set.background([&] {
         int* seen = nullptr;
-        while ((seen = movonet::get(published)) == nullptr) {
+        while ((seen = movonet::load(published)) == nullptr) {
         }
         EXPECT_EQ(*seen, 42);
     });
@@ -243,13 +243,13 @@ TEST(SharedField, MacAddressIsNeverTorn)
     std::atomic<bool> done{false};
     set.background([&] {
         for (int count = 0; count < 20000; ++count) {
-            movonet::set(address, count % 2 == 0 ? std::int64_t{0} : std::int64_t{-1});
+            movonet::store(address, count % 2 == 0 ? std::int64_t{0} : std::int64_t{-1});
         }
         done = true;
     });
     bool torn = false;
     while (!done) {
-        const std::int64_t seen = movonet::get(address);
+        const std::int64_t seen = movonet::load(address);
         torn = torn || (seen != 0 && seen != -1);
     }
     set.joinBackground();

@@ -1,4 +1,5 @@
 #include "bench.h"
+#include "names.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -10,7 +11,6 @@ using namespace movonet;
 
 namespace {
 constexpr const char* kActive = "int_Movo_Net_Wpactrl_Active";
-constexpr const char* kModule = "movo_net_fl_wpactrl";
 constexpr auto kWpa2 = _MOVO_NET_WIFI_SECURITY_WPA2_PSK_;
 constexpr auto kAes = _MOVO_NET_WIFI_ENCRYP_AES_;
 
@@ -94,8 +94,8 @@ TEST(Activation, FindsTheChipAndOpensTheLink)
     EXPECT_EQ(bench.iface.isActived, 1);
     EXPECT_EQ(bench.wifi().devType, _MOVO_NET_WIFI_ATHEROS_);
     EXPECT_NE(bench.link().event_handle, 0);
-    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kModule, kActive, "start to active interface mlan0\n");
-    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kModule, kActive, "no saved Esss, need manual connect\n");
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kLinkModule, kActive, "start to active interface mlan0\n");
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kLinkModule, kActive, "no saved Esss, need manual connect\n");
     EXPECT_EQ(sent(bench.supplicant), Lines{});
 }
 
@@ -124,7 +124,7 @@ TEST(Activation, ClosesWhatOneBeforeItLeftOpenForWantOfAnEvent)
     Down bench;
     bench.set.fail({.call = sim::Call::Malloc, .thread = sim::ThreadKind::Test, .nth = 1, .error = ENOMEM});
     EXPECT_EQ(bench.activate(), 4);
-    EXPECT_LOGGED(bench.set, KEST_LEVEL_ERROR, kModule, kActive, "add event failed\n");
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_ERROR, kLinkModule, kActive, "add event failed\n");
     EXPECT_EQ(bench.iface.isActived, 0);
     EXPECT_EQ(bench.supplicant.connections(), 2);
     EXPECT_EQ(bench.activate(), 0);
@@ -136,7 +136,7 @@ TEST(Activation, JoinsNothingThatWasNotJoinedLast)
     Down bench;
     network("Net", 0);
     EXPECT_EQ(bench.activate(), 0);
-    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kModule, kActive, "no saved connected esss, need manual connect\n");
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kLinkModule, kActive, "no saved connected esss, need manual connect\n");
     EXPECT_EQ(sent(bench.supplicant), Lines{});
 }
 
@@ -205,7 +205,7 @@ TEST(FirstConnectTimeout, HasNothingToDoOnceThereIsAnAddress)
     network("Net", 1);
     bench.iface.isConnected = 1;
     EXPECT_EQ(timeOut(bench), 0);
-    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kModule, kTimeout, "first connect successfully\n");
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kLinkModule, kTimeout, "first connect successfully\n");
     EXPECT_EQ(sent(bench.supplicant), Lines{});
 }
 
@@ -213,13 +213,13 @@ TEST(FirstConnectTimeout, NeedsRememberedAndScannedNetworks)
 {
     Bench bench;
     EXPECT_EQ(timeOut(bench), 0);
-    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kModule, kTimeout, "no saved esss\n");
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kLinkModule, kTimeout, "no saved esss\n");
     network("Net", 1);
     bench.supplicant.replies["SCAN_RESULTS"] = {"FAIL\n"};
     EXPECT_EQ(timeOut(bench), 1);
     bench.supplicant.replies["SCAN_RESULTS"] = {"bssid / frequency / signal level / flags / ssid\n"};
     EXPECT_EQ(timeOut(bench), 0);
-    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kModule, kTimeout, "no esss in scan list\n");
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kLinkModule, kTimeout, "no esss in scan list\n");
     EXPECT_EQ(sent(bench.supplicant), Lines{"SCAN_RESULTS"});
     bench.iface.funcs.WifiUpdateEsss = nullptr;
     EXPECT_EQ(timeOut(bench), 1);

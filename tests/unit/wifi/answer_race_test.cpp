@@ -2,7 +2,9 @@
 
 #include "movo_net_fl_eventloop/eventloop.h"
 
+#include <atomic>
 #include <gtest/gtest.h>
+#include <sched.h>
 
 // The supplicant acts before it answers: what it reports may be read as soon as its reply has come, on the loop's
 // thread, while the caller's has not gone on.
@@ -22,6 +24,13 @@ void readNow(Bench& bench, const char* message)
         }
     });
     bench.set.joinBackground();
+}
+
+void waitFor(const std::atomic<bool>& flag)
+{
+    while (!flag) {
+        (void)sched_yield();
+    }
 }
 
 /** Tells whether the loop could run a handler now. */
@@ -187,6 +196,64 @@ TEST(RefusedScan, LeavesTheOneBeforeItRunning)
     EXPECT_EQ(int_Movo_Net_Wpactrl_Scan(&bench.iface), 0);
     EXPECT_EQ(int_Movo_Net_Wpactrl_Scan(&bench.iface), 1);
     EXPECT_EQ(bench.link().isScanning, 1);
+    EXPECT_EQ(bench.hear({kResults}), 0);
+    EXPECT_CALLBACKS(bench.set, {{sim::WIFISCANDONE, "mlan0"}});
+}
+
+/** Two threads scan at once; the supplicant refuses the first scan, and takes the second before that one has ended. */
+TEST(RefusedScan, LeavesOneAloneThatAnotherThreadHasBegun)
+{
+    Bench bench;
+    std::atomic<bool> refused = false;
+    std::atomic<bool> taken = false;
+    bench.supplicant.replies["SCAN"] = {"FAIL\n", "OK\n"};
+    bench.set.onLog([&](const sim::LogLine& line) {
+        if (line.text == "[SCAN] failed\n" && line.function == "int_Movo_Net_Wpactrl_Scan") {
+            refused = true;
+            waitFor(taken);
+        } else if (line.text == "reply: OK\n\n") {
+            taken = true;
+            bench.set.joinBackground();
+        }
+    });
+    bench.set.background([&bench] { EXPECT_EQ(int_Movo_Net_Wpactrl_Scan(&bench.iface), 1); });
+    waitFor(refused);
+    EXPECT_EQ(int_Movo_Net_Wpactrl_Scan(&bench.iface), 0);
+    EXPECT_EQ(bench.link().isScanning, 1);
+    EXPECT_NE(bench.link().scanTimerEventHandle, 0);
+    EXPECT_EQ(bench.hear({kResults}), 0);
+    EXPECT_CALLBACKS(bench.set, {{sim::WIFISCANDONE, "mlan0"}});
+}
+
+/** The time-out of a scan is reported, and another thread scans at once, before the callback has returned. */
+TEST(Scan, OfAnotherThreadDuringTheReportOfATimeOutIsReported)
+{
+    Bench bench;
+    ASSERT_EQ(int_Movo_Net_Wpactrl_Scan(&bench.iface), 0);
+    std::atomic<bool> taken = false;
+    bench.set.onLog([&](const sim::LogLine& line) { taken = taken || line.text == "reply: OK\n\n"; });
+    bench.set.onCallback([&](MovoNetCBReason_e, void*) {
+        if (!taken) {
+            bench.set.background([&bench] { EXPECT_EQ(int_Movo_Net_Wpactrl_Scan(&bench.iface), 0); });
+            waitFor(taken);
+        }
+    });
+    bench.set.grantTicks(302);
+    bench.set.joinBackground();
+    EXPECT_CALLBACKS(bench.set, {{sim::WIFISCANDONE, "mlan0"}});
+    EXPECT_NE(bench.link().scanTimerEventHandle, 0);
+    EXPECT_EQ(bench.hear({kResults}), 0);
+    EXPECT_CALLBACKS(bench.set, {{sim::WIFISCANDONE, "mlan0"}});
+}
+
+TEST(Scan, DuringAnotherOneIsReportedToo)
+{
+    Bench bench;
+    ASSERT_EQ(int_Movo_Net_Wpactrl_Scan(&bench.iface), 0);
+    scanWithEarlyResults(bench); // those of the first
+    EXPECT_EQ(int_Movo_Net_Wpactrl_Scan(&bench.iface), 0);
+    EXPECT_CALLBACKS(bench.set, {{sim::WIFISCANDONE, "mlan0"}});
+    EXPECT_NE(bench.link().scanTimerEventHandle, 0);
     EXPECT_EQ(bench.hear({kResults}), 0);
     EXPECT_CALLBACKS(bench.set, {{sim::WIFISCANDONE, "mlan0"}});
 }

@@ -1,3 +1,4 @@
+#include "names.h"
 #include "television.h"
 
 #include <algorithm>
@@ -13,7 +14,6 @@ using namespace movonet;
 namespace {
 const Network kHome{"My Home Net", "[WPA2-PSK-CCMP][WPS][ESS]", "02:00:00:00:01:00", 5180, -47};
 const Network kCafe{"Cafe", "[ESS]", "02:00:00:00:02:00", 2412, -70};
-constexpr const char* kIf = "mlan0";
 
 /** What a call reads of one network; it must not fail. */
 template <typename Value>

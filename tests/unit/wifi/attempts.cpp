@@ -1,7 +1,7 @@
 #include "attempts.h"
 
 #include "sim/world.h"
-#include "support/shared.h"
+#include "support/atomic.h"
 
 #include <sstream>
 
@@ -28,7 +28,7 @@ void Attempts::command(const std::string& text, bool taken)
     m_justTaken = false;
     if (text == "REMOVE_NETWORK ALL") {
         const Wpactrl_t* link = wpactrl_iface(m_iface());
-        removed(link != nullptr && movonet::get(link->isSearchingHideEss));
+        removed(link != nullptr && movonet::load(link->isSearchingHideEss));
     } else if (text.starts_with("SELECT_NETWORK  ")) {
         m_searching = true;
     } else if (text == "DISABLE_NETWORK 0") {
@@ -150,7 +150,7 @@ void Attempts::disconnected(bool linked)
         return;
     }
     const MovoNetIface_t* iface = m_iface();
-    const bool addressed = iface != nullptr && movonet::get(iface->isConnected);
+    const bool addressed = iface != nullptr && movonet::load(iface->isConnected);
     if (m_stage != Stage::Joined && !addressed && linked) {
         complain("disconnected from nothing");
     }

@@ -8,6 +8,27 @@
 using namespace movonet;
 
 namespace wifi {
+MovNetWifiEssItem_t networkNamed(const std::string& name)
+{
+    MovNetWifiEssItem_t ess{};
+    name.copy(ess.essid, MOVO_NET_ESSID_LENGTH);
+    return ess;
+}
+
+RETURN_TYPE remember(MovNetWifiEssItem_t ess)
+{
+    return int_Movo_Net_SaveEss(&ess);
+}
+
+Lines rememberedNames()
+{
+    Lines names;
+    for (const MovNetWifiEssItem_t* ess = movonet::g_pSavedEsss; ess != nullptr; ess = ess->next) {
+        names.emplace_back(ess->essid);
+    }
+    return names;
+}
+
 Bench::Bench()
 {
     set.addIface("mlan0").wireless();

@@ -17,6 +17,17 @@ inline constexpr const char* kDisconnected = "<3>CTRL-EVENT-DISCONNECTED bssid=0
 inline constexpr const char* kHandshake = "<3>WPA: 4-Way Handshake failed - pre-shared key may be incorrect";
 inline constexpr const char* kResults = "<3>CTRL-EVENT-SCAN-RESULTS ";
 
+/** A reply to SCAN_RESULTS with one network. */
+inline const std::string kTableHeader = "bssid / frequency / signal level / flags / ssid\n";
+inline const std::string kTable = kTableHeader + "02:00:00:00:01:00\t2412\t-40\t[ESS]\tNet\n";
+
+/** A network with a name and nothing else. */
+MovNetWifiEssItem_t networkNamed(const std::string& name);
+/** Saves it, as the back end does after a connection. */
+RETURN_TYPE remember(MovNetWifiEssItem_t ess);
+/** Names of the remembered networks, the latest first. */
+Lines rememberedNames();
+
 /** A set whose loop runs, with an active mlan0 whose link is open. */
 struct Bench {
     Bench();

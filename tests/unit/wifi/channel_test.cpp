@@ -1,4 +1,5 @@
 #include "bench.h"
+#include "names.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -9,7 +10,6 @@ using namespace wifi;
 using namespace movonet;
 
 namespace {
-constexpr const char* kModule = "movo_net_fl_wpactrl";
 }
 
 TEST(Open, GoesOverTheSetsSocketWhateverTheInterface)
@@ -54,7 +54,7 @@ TEST(Open, ClosesWhatItOpenedWhenAStepFails)
             bench.supplicant.openGrants = wanted.find("mon") != std::string::npos ? 1 : 0;
             bench.supplicant.attachFails = wanted.find("attach") != std::string::npos;
             EXPECT_EQ(Wpactrl_Init(&bench.link(), "mlan0"), 1);
-            EXPECT_LOGGED(bench.set, KEST_LEVEL_ERROR, kModule, "Wpactrl_Init", wanted);
+            EXPECT_LOGGED(bench.set, KEST_LEVEL_ERROR, kLinkModule, "Wpactrl_Init", wanted);
             EXPECT_EQ(bench.link().ctrl_conn, nullptr);
             const auto opened = static_cast<int>(bench.supplicant.opened.size());
             EXPECT_EQ(bench.supplicant.closed - before, opened - bench.supplicant.openFailures - 1 +
@@ -92,7 +92,7 @@ TEST(Execute, RepeatsABusyCommandOnceAfterHalfASecond)
     EXPECT_EQ(Wpactrl_ExecCmd(&bench.link(), "X"), 0);
     EXPECT_EQ(bench.set.clock() - before, 500);
     EXPECT_EQ(sent(bench.supplicant), (Lines{"X", "X"}));
-    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kModule, "Wpactrl_ExecCmd", "send [X] again\n");
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kLinkModule, "Wpactrl_ExecCmd", "send [X] again\n");
 }
 
 TEST(Execute, KeepsTheSecondReplyWithinTheFirstOnesLength)
@@ -100,9 +100,9 @@ TEST(Execute, KeepsTheSecondReplyWithinTheFirstOnesLength)
     Bench bench;
     bench.supplicant.replies["X"] = {"FAIL-BUSY\n", "OK, but longer\n"};
     EXPECT_EQ(Wpactrl_ExecCmd(&bench.link(), "X"), 0);
-    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kModule, "Wpactrl_SendCmd", "command: X\n");
-    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kModule, "Wpactrl_SendCmd", "reply: FAIL-BUSY\n\n");
-    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kModule, "Wpactrl_SendCmd", "reply: OK, but lo\n");
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kLinkModule, "Wpactrl_SendCmd", "command: X\n");
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kLinkModule, "Wpactrl_SendCmd", "reply: FAIL-BUSY\n\n");
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kLinkModule, "Wpactrl_SendCmd", "reply: OK, but lo\n");
 }
 
 TEST(Execute, GivesUpWhenTheSecondTimeFailsToo)
@@ -186,7 +186,8 @@ TEST(Send, ReconnectsUnderTheNameOfWhoeverOwnsTheLink)
     const Lines& opened = bench.supplicant.opened;
     EXPECT_EQ(Lines(opened.end() - 3, opened.end()),
               (Lines{"/dev/socket//mlan0", "/dev/socket//mlan0", "/dev/socket//wlan7"}));
-    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kModule, "Wpactrl_Reconnect", "open wpa_ctrl /dev/socket//wlan7, ctrl\n");
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kLinkModule, "Wpactrl_Reconnect",
+                  "open wpa_ctrl /dev/socket//wlan7, ctrl\n");
 }
 
 TEST(Send, ClosesWhatAnotherThreadHasReopenedMeanwhile)
@@ -275,7 +276,7 @@ TEST(Reconnection, OfALinkThatWasShutDownIsGivenUp)
             EXPECT_EQ(bench.set.clock() - before, 500);
             EXPECT_EQ(bench.link().ctrl_conn, nullptr);
             EXPECT_EQ(bench.supplicant.connections(), 0) << "nobody would close it";
-            EXPECT_LOGGED(bench.set, KEST_LEVEL_ERROR, kModule, "Wpactrl_SendCmd", "Wpactrl_Reconnect failed\n");
+            EXPECT_LOGGED(bench.set, KEST_LEVEL_ERROR, kLinkModule, "Wpactrl_SendCmd", "Wpactrl_Reconnect failed\n");
         });
         EXPECT_EQ(failed, 0) << text;
     }

@@ -1,4 +1,5 @@
 #include "movo_net_fl_wifi/device.h"
+#include "names.h"
 #include "sim/sim.h"
 
 #include <cstdlib>
@@ -8,9 +9,6 @@
 
 namespace {
 using Lines = std::vector<std::string>;
-
-constexpr const char* kModule = "movo_net_fl_wifi";
-constexpr const char* kIfname = "mlan0";
 
 /** A chip, what the environment calls it, and whether its driver is looked for at the interface. */
 struct Chip {
@@ -94,13 +92,13 @@ TEST_F(Board, IsProbedByACommandThatIsTold)
         const std::string command = probeOf(chip);
         set.onCommand(command).prints("");
         set.forget();
-        EXPECT_EQ(int_Wifi_IsDevAvailable(kIfname, chip.type), 1) << command;
+        EXPECT_EQ(int_Wifi_IsDevAvailable(kIf, chip.type), 1) << command;
         EXPECT_EQ(probes(), Lines{command});
         EXPECT_EQ(set.log().size(), 1U);
-        EXPECT_LOGGED(set, KEST_LEVEL_INFO, kModule, "int_Wifi_IsDevAvailable", "Command: " + command + "\n");
+        EXPECT_LOGGED(set, KEST_LEVEL_INFO, kWifiModule, "int_Wifi_IsDevAvailable", "Command: " + command + "\n");
         for (const int status : {256, 127 * 256, 9, -1}) {
             set.onCommand(command).fails(status);
-            EXPECT_EQ(int_Wifi_IsDevAvailable(kIfname, chip.type), 0) << command << " gives " << status;
+            EXPECT_EQ(int_Wifi_IsDevAvailable(kIf, chip.type), 0) << command << " gives " << status;
         }
     }
 }
@@ -111,10 +109,10 @@ TEST_F(Board, IsNotProbedWithoutIdDriverOrInterface)
         describe(chip);
         EXPECT_EQ(int_Wifi_IsDevAvailable(nullptr, chip.type), 0);
         EXPECT_EQ(unsetenv(chip.id), 0);
-        EXPECT_EQ(int_Wifi_IsDevAvailable(kIfname, chip.type), 0);
+        EXPECT_EQ(int_Wifi_IsDevAvailable(kIf, chip.type), 0);
         describe(chip);
         EXPECT_EQ(unsetenv(chip.driver), 0);
-        EXPECT_EQ(int_Wifi_IsDevAvailable(kIfname, chip.type), 0);
+        EXPECT_EQ(int_Wifi_IsDevAvailable(kIf, chip.type), 0);
     }
     EXPECT_EQ(probes(), Lines{});
     EXPECT_TRUE(set.log().empty());
@@ -130,12 +128,12 @@ TEST_F(Board, HasTheFirstChipThatIsFound)
     }
     for (const Chip& chip : kChips) { // of those that are there, one fewer each time
         set.forget();
-        EXPECT_EQ(int_Wifi_GetDevType(kIfname), chip.type);
+        EXPECT_EQ(int_Wifi_GetDevType(kIf), chip.type);
         const auto asked = static_cast<std::ptrdiff_t>(&chip - kChips.data()) + 1;
         EXPECT_EQ(probes(), Lines(all.begin(), all.begin() + asked));
         set.onCommand(probeOf(chip)).fails();
     }
-    EXPECT_EQ(int_Wifi_GetDevType(kIfname), _MOVO_NET_WIFI_UNKNOWN_);
+    EXPECT_EQ(int_Wifi_GetDevType(kIf), _MOVO_NET_WIFI_UNKNOWN_);
 }
 
 TEST_F(Board, OfAnUnknownTypeHasNoVariablesAndRunsNothing)
@@ -148,7 +146,7 @@ TEST_F(Board, OfAnUnknownTypeHasNoVariablesAndRunsNothing)
         EXPECT_EQ(int_Wifi_GetDrvName(unknown), nullptr) << type;
         EXPECT_EQ(int_Wifi_GetDevID(unknown), nullptr) << type;
         EXPECT_EQ(int_Wifi_GetWpaSupplicantStr(unknown), nullptr) << type;
-        EXPECT_EQ(int_Wifi_IsDevAvailable(kIfname, unknown), 0) << type;
+        EXPECT_EQ(int_Wifi_IsDevAvailable(kIf, unknown), 0) << type;
     }
     EXPECT_EQ(int_Wifi_GetDevType(nullptr), _MOVO_NET_WIFI_UNKNOWN_);
     EXPECT_EQ(probes(), Lines{});
@@ -159,7 +157,7 @@ TEST_F(Board, KeepsAnEmptyTextAsConfigured)
     EXPECT_EQ(setenv("ATHEROS_DEVICE_ID", "", 1), 0);
     EXPECT_EQ(setenv("ATHEROS_DRIVER_NAME", "", 1), 0);
     set.onCommand("lsusb").fails(512);
-    EXPECT_EQ(int_Wifi_IsDevAvailable(kIfname, _MOVO_NET_WIFI_ATHEROS_), 0);
+    EXPECT_EQ(int_Wifi_IsDevAvailable(kIf, _MOVO_NET_WIFI_ATHEROS_), 0);
     EXPECT_EQ(probes(), Lines{"lsusb | grep  && lsmod | grep "});
 }
 
@@ -172,7 +170,7 @@ TEST_F(Board, IsRunUpTo255Characters)
         set.forget();
         const std::string id(length - frame.size(), 'x');
         EXPECT_EQ(setenv("ATHEROS_DEVICE_ID", id.c_str(), 1), 0);
-        EXPECT_EQ(int_Wifi_IsDevAvailable(kIfname, _MOVO_NET_WIFI_ATHEROS_), length == 255 ? 1 : 0);
+        EXPECT_EQ(int_Wifi_IsDevAvailable(kIf, _MOVO_NET_WIFI_ATHEROS_), length == 255 ? 1 : 0);
         EXPECT_EQ(probes().size(), length == 255 ? 1U : 0U);
     }
 }

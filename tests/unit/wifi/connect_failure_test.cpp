@@ -1,4 +1,5 @@
 #include "bench.h"
+#include "names.h"
 
 #include <gtest/gtest.h>
 
@@ -8,7 +9,6 @@ using namespace movonet;
 // Joining and leaving when a step fails: the words, the code, and what is left then.
 
 namespace {
-constexpr const char* kModule = "movo_net_fl_wpactrl";
 constexpr const char* kConnect = "int_Movo_Net_Wpactrl_Connect";
 
 MovNetWifiEssItem_t& listOpen(Bench& bench)
@@ -22,7 +22,7 @@ TEST(ConnectFailure, OfTheRemovalIsNoneOfItsOwn)
     Bench bench;
     bench.set.failLock(bench.link().lock, 1);
     EXPECT_EQ(int_Movo_Net_Wpactrl_Connect(&bench.iface, &listOpen(bench)), 0);
-    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kModule, kConnect, "[REMOVE_NETWORK] failed\n");
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kLinkModule, kConnect, "[REMOVE_NETWORK] failed\n");
     EXPECT_EQ(errors(bench.set), Lines{"int_Movo_Net_Wpactrl_RemoveNetwork: lock wpactrl mutex failed\n"});
     EXPECT_EQ(sent(bench.supplicant).front(), "ADD_NETWORK");
 }
@@ -95,7 +95,7 @@ TEST(Connect, KeepsNetworkZeroWhenTheLinkWasReopenedForIt)
     Bench bench;
     bench.supplicant.results = {0, -2};
     EXPECT_EQ(int_Movo_Net_Wpactrl_Connect(&bench.iface, &listOpen(bench)), 0);
-    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kModule, "Wpactrl_SendCmd", "reply: \n");
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kLinkModule, "Wpactrl_SendCmd", "reply: \n");
     EXPECT_EQ(sent(bench.supplicant).back(), "ENABLE_NETWORK  0");
 }
 
@@ -107,9 +107,9 @@ TEST(ConnectTimeout, TellsEachStep)
     EXPECT_EQ(OnConnectTimeoutEventRev(-1, &bench.iface, 1), 1) << "what the removal gave";
     EXPECT_CALLBACKS(bench.set, {{sim::WIFITIMEOUT, "mlan0"}});
     const char* function = "OnConnectTimeoutEventRev";
-    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kModule, function, "wifi connect timeout\n");
-    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kModule, function, "ctrl->status=1, ifname=mlan0\n");
-    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kModule, function, "int_Movo_Net_Wpactrl_RemoveNetwork returned 1\n");
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kLinkModule, function, "wifi connect timeout\n");
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kLinkModule, function, "ctrl->status=1, ifname=mlan0\n");
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kLinkModule, function, "int_Movo_Net_Wpactrl_RemoveNetwork returned 1\n");
     EXPECT_EQ(bench.link().connectTimerEventHandle, 0);
 }
 

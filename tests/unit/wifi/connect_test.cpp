@@ -1,4 +1,5 @@
 #include "bench.h"
+#include "names.h"
 
 #include <gtest/gtest.h>
 
@@ -6,8 +7,6 @@ using namespace wifi;
 using namespace movonet;
 
 namespace {
-constexpr const char* kModule = "movo_net_fl_wpactrl";
-
 /** What is sent for one network, between its name and the end. */
 struct Case {
     const char* name;
@@ -39,9 +38,9 @@ TEST_P(Sequence, SendsItsCommandsToTheLetter)
     EXPECT_STREQ(bench.wifi().curOperatingEsss.essid, "Net");
     EXPECT_EQ(bench.wifi().curOperatingEsss.isConnected, 0);
     EXPECT_NE(bench.link().connectTimerEventHandle, 0);
-    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kModule, "int_Movo_Net_Wpactrl_Connect",
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kLinkModule, "int_Movo_Net_Wpactrl_Connect",
                   "try to connect to esss [Net]\n");
-    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kModule, "int_Movo_Net_Wpactrl_Connect",
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kLinkModule, "int_Movo_Net_Wpactrl_Connect",
                   "connect to Net, with netid 0 OK\n");
 }
 
@@ -116,7 +115,7 @@ TEST(Connect, RefusesAWepKeyOfNoKnownLengthAfterKeyManagement)
     MovNetWifiEssItem_t& ess = bench.list("Net", kOpen, kWep, "12345678");
     EXPECT_EQ(int_Movo_Net_Wpactrl_Connect(&bench.iface, &ess), 1);
     EXPECT_EQ(sent(bench.supplicant).back(), "SET_NETWORK 0 key_mgmt NONE");
-    EXPECT_LOGGED(bench.set, KEST_LEVEL_ERROR, kModule, "int_Movo_Net_Wpactrl_Connect", "BAD key length\n");
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_ERROR, kLinkModule, "int_Movo_Net_Wpactrl_Connect", "BAD key length\n");
     EXPECT_EQ(bench.link().connectStatus, WPACTRL_STATUS_NONE);
 }
 
@@ -202,7 +201,7 @@ TEST(Disconnect, RemovesTheNetworkAndTells)
     EXPECT_NE(bench.link().connectTimerEventHandle, 0) << "the time-out stays and will find nothing to do";
     bench.iface.isActived = 0;
     EXPECT_EQ(int_Movo_Net_Wpactrl_Disconnect(&bench.iface), 1);
-    EXPECT_LOGGED(bench.set, KEST_LEVEL_ERROR, kModule, "int_Movo_Net_Wpactrl_Disconnect", "not actived yet\n");
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_ERROR, kLinkModule, "int_Movo_Net_Wpactrl_Disconnect", "not actived yet\n");
 }
 
 TEST(ResetConnecting, KeepsNetworkZeroWhateverTheId)
@@ -224,7 +223,7 @@ TEST(ResetConnecting, KeepsTheWordsOfAScanForItsFailures)
     Bench bench;
     bench.supplicant.replies["ENABLE_NETWORK 0"] = {"FAIL\n"};
     EXPECT_EQ(int_Movo_Net_Wpactrl_ResetConnecting(&bench.iface), 1);
-    EXPECT_LOGGED(bench.set, KEST_LEVEL_ERROR, kModule, "int_Movo_Net_Wpactrl_ResetConnecting", "[SCAN] failed\n");
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_ERROR, kLinkModule, "int_Movo_Net_Wpactrl_ResetConnecting", "[SCAN] failed\n");
 }
 
 TEST(FirstConnect, ArmsItsOwnTimerOnce)

@@ -1,3 +1,4 @@
+#include "names.h"
 #include "television.h"
 
 #include <algorithm>
@@ -11,7 +12,6 @@ using namespace wifi;
 namespace {
 const Network kHome{"My Home Net", "[WPA2-PSK-CCMP][WPS][ESS]", "02:00:00:00:01:00", 5180, -47};
 const Network kCafe{"Cafe", "[ESS]", "02:00:00:00:02:00", 2412, -70};
-constexpr const char* kIf = "mlan0";
 const std::string kDigits(64, 'a'); // a key as some routers hand out, in hexadecimal
 
 template <typename Value>
@@ -106,6 +106,41 @@ TEST_F(WifiContract, ADisabledInterfaceThatHadLeftIsNotReconnecting)
     join("Cafe");
     EXPECT_EQ(Movo_NET_WifiDisConnect(0, kIf), 0);
     EXPECT_EQ(Movo_NET_DisableIface(0, kIf), 0);
+    EXPECT_EQ(fact(Movo_NET_WifiIsReconnecting), 0);
+}
+
+TEST_F(WifiContract, KeepsTakingAJoinAlongThatABadKeyHasBegun)
+{
+    EXPECT_EQ(Movo_NET_WifiConnectEss(0, kIf, "My Home Net"), 0);
+    television.set.onCallback([](MovoNetCBReason_e reason, void*) {
+        if (reason == sim::WIFIBADKEY) {
+            EXPECT_EQ(Movo_NET_WifiConnectEss(0, kIf, "Cafe"), 0);
+        }
+    });
+    television.hears({kHandshake});
+    EXPECT_CALLBACKS(television.set, {{sim::WIFIBADKEY, kIf}});
+    EXPECT_EQ(fact(Movo_NET_WifiIsReconnecting), 0);
+    EXPECT_EQ(sent(television.supplicant).back(), "REMOVE_NETWORK ALL");
+    television.set.grantTicks(301);
+    EXPECT_CALLBACKS(television.set, {}); // nobody tells of that join
+}
+
+TEST_F(WifiContract, KeepsALeaveInsideTheLossOfTheNetworkReconnecting)
+{
+    join("Cafe");
+    television.set.forget();
+    int losses = 0;
+    television.set.onCallback([&losses](MovoNetCBReason_e reason, void*) {
+        if (reason == sim::IFDISCONNECTED && losses++ == 0) {
+            EXPECT_EQ(Movo_NET_WifiDisConnect(0, kIf), 0);
+        }
+    });
+    television.hears({kDisconnected});
+    EXPECT_EQ(losses, 2) << "the loss, and the leave";
+    EXPECT_EQ(fact(Movo_NET_WifiIsReconnecting), 1);
+    television.set.grantTicks(400);
+    EXPECT_EQ(fact(Movo_NET_WifiIsReconnecting), 1);
+    EXPECT_EQ(Movo_NET_WifiDisConnect(0, kIf), 0);
     EXPECT_EQ(fact(Movo_NET_WifiIsReconnecting), 0);
 }
 

@@ -1,3 +1,4 @@
+#include "names.h"
 #include "television.h"
 
 #include <gtest/gtest.h>
@@ -11,8 +12,6 @@ using namespace movonet;
 // interface down and up again starts another one.
 
 namespace {
-constexpr const char* kIf = "mlan0";
-
 struct Request {
     const char* name;
     std::function<void(Television&)> make;

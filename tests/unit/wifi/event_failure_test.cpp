@@ -1,5 +1,6 @@
 #include "bench.h"
 #include "movo_net_fl_wpactrl/learnt.h"
+#include "names.h"
 
 #include <gtest/gtest.h>
 
@@ -10,8 +11,6 @@ using namespace movonet;
 // configuration that teaches little.
 
 namespace {
-constexpr const char* kModule = "movo_net_fl_wpactrl";
-constexpr const char* kHandler = "OnWpactrlEventRev";
 constexpr const char* kAssociating = "<3>Trying to associate with 02:00:00:00:04:00 (SSID='Net' freq=2422 MHz)";
 } // namespace
 
@@ -125,7 +124,7 @@ TEST(ScanEnd, LeavesAScanAloneThatItsCallbackBegins)
         }
     });
     EXPECT_EQ(bench.hear({kResults}), 0);
-    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kModule, kHandler, "scan done\n");
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kLinkModule, kHandler, "scan done\n");
     EXPECT_EQ(bench.link().isScanning, 1);
     EXPECT_EQ(bench.hear({kResults}), 0);
     EXPECT_CALLBACKS(bench.set, {{sim::WIFISCANDONE, "mlan0"}, {sim::WIFISCANDONE, "mlan0"}});
@@ -214,7 +213,7 @@ TEST(WpsMode, KeepsListingANamelessNetworkWhenTheConfigurationCannotBeRead)
     Bench bench;
     ASSERT_EQ(int_Movo_Net_Wpactrl_WPSPBC(&bench.iface), 0);
     EXPECT_EQ(bench.hear({kConnected}), 0);
-    EXPECT_LOGGED(bench.set, KEST_LEVEL_ERROR, kModule, "Wpa_GetSavedEss", "Could not open wpa_supplicant.conf\n");
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_ERROR, kLinkModule, "Wpa_GetSavedEss", "Could not open wpa_supplicant.conf\n");
     ASSERT_EQ(bench.wifi().esss_num, 1);
     EXPECT_STREQ(bench.wifi().esss[0].essid, "");
     EXPECT_EQ(bench.wifi().curOperatingEsss.isConnected, 1);

@@ -1,4 +1,5 @@
 #include "bench.h"
+#include "names.h"
 
 #include <gtest/gtest.h>
 
@@ -8,8 +9,6 @@ using namespace wifi;
 using namespace movonet;
 
 namespace {
-constexpr const char* kModule = "movo_net_fl_wpactrl";
-constexpr const char* kHandler = "OnWpactrlEventRev";
 constexpr auto kIfConnected = _MOVO_NET_CALLBACK_IFCONNECTED_;
 constexpr auto kBadKey = _MOVO_NET_CALLBACK_WIFIBADKEY_;
 constexpr auto kScanDone = _MOVO_NET_CALLBACK_WIFISCANDONE_;
@@ -44,7 +43,7 @@ TEST(Connecting_ConnectedEvent, GoesToConnectedTellsConfiguresAndRemembers)
     EXPECT_TRUE(bench.set.dhcp("mlan0").running());
     ASSERT_NE(int_Movo_Net_GetSavedConnectedEss(), nullptr);
     EXPECT_STREQ(int_Movo_Net_GetSavedConnectedEss()->Key, "correct horse");
-    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kModule, kHandler, "connected\n");
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kLinkModule, kHandler, "connected\n");
 }
 
 TEST(Connecting_FirstHandshakeFailure, GoesToNoneAndReportsBadKey)
@@ -56,8 +55,8 @@ TEST(Connecting_FirstHandshakeFailure, GoesToNoneAndReportsBadKey)
     EXPECT_EQ(sent(bench.supplicant), Lines{"REMOVE_NETWORK ALL"});
     EXPECT_CALLBACKS(bench.set, {{kBadKey, "mlan0"}});
     EXPECT_EQ(bench.link().connectTimerEventHandle, 0);
-    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kModule, kHandler, "handshake failed count: 1\n");
-    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kModule, kHandler, "too many handshake failed events\n");
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kLinkModule, kHandler, "handshake failed count: 1\n");
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kLinkModule, kHandler, "too many handshake failed events\n");
     bench.set.grantTicks(400);
     EXPECT_CALLBACKS(bench.set, {});
 }
@@ -124,11 +123,11 @@ TEST(Drain, TellsWhatItCannotRead)
     Bench bench;
     bench.supplicant.receiveFails = true;
     EXPECT_EQ(bench.hear({kConnected}), 0);
-    EXPECT_LOGGED(bench.set, KEST_LEVEL_ERROR, kModule, kHandler, "could not read pending message.\n");
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_ERROR, kLinkModule, kHandler, "could not read pending message.\n");
     bench.supplicant.events.clear();
     bench.supplicant.pendingAtEnd = -1;
     EXPECT_EQ(bench.hear({}), 0);
-    EXPECT_LOGGED(bench.set, KEST_LEVEL_ERROR, kModule, kHandler,
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_ERROR, kLinkModule, kHandler,
                   "Connection to wpa_supplicant lost - trying to reconnect\n");
 }
 
@@ -164,7 +163,7 @@ TEST(RealTranscripts, WpsTeachesItsNetwork)
                     "network={\n\tssid=\"WpsNet\"\n\tpsk=\"learnt key\"\n\tkey_mgmt=WPA-PSK\n}\n");
     ASSERT_EQ(int_Movo_Net_Wpactrl_WPSPBC(&bench.iface), 0);
     EXPECT_EQ(bench.hear(eventsOf("wps_pbc.txt", "CTRL-EVENT-CONNECTED")), 0);
-    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kModule, kHandler, "get wps ssid: WpsNet\n");
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kLinkModule, kHandler, "get wps ssid: WpsNet\n");
     const MovNetWifiEssItem_t* saved = int_Movo_Net_GetSavedConnectedEss();
     ASSERT_NE(saved, nullptr);
     EXPECT_STREQ(saved->essid, "WpsNet");
@@ -241,6 +240,6 @@ TEST(WpsMode, LearnsNothingFromAHiddenOrOverlongName)
               0);
     EXPECT_EQ(bench.link().isWpsEssSaved, 0);
     EXPECT_EQ(bench.hear({"<3>Trying to associate with x (SSID='" + std::string(32, 's') + "' freq=2422 MHz)"}), 0);
-    EXPECT_LOGGED(bench.set, KEST_LEVEL_ERROR, kModule, kHandler,
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_ERROR, kLinkModule, kHandler,
                   "get essid: " + std::string(32, 's') + " in index failed\n");
 }

@@ -1,3 +1,4 @@
+#include "names.h"
 #include "television.h"
 
 #include <gtest/gtest.h>
@@ -10,7 +11,6 @@ using namespace movonet;
 // Bytes from the air, the supplicant and the application that are absurd or evil; the same ones in every run.
 
 namespace {
-constexpr const char* kIf = "mlan0";
 constexpr std::size_t kMostEsss = 50;
 
 /** Bytes at random, mixed with pieces of what the glue looks for. */

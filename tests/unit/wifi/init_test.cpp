@@ -1,5 +1,6 @@
 #include "bench.h"
 #include "movo_net_fl_common/common.h"
+#include "names.h"
 
 #include <gtest/gtest.h>
 
@@ -9,11 +10,8 @@ using namespace wifi;
 using namespace movonet;
 
 namespace {
-constexpr const char* kModule = "movo_net_fl_wifi";
 constexpr const char* kInit = "int_Movo_Net_InitWifi";
 constexpr const char* kDeInit = "int_Movo_Net_DeInitWifi";
-constexpr const char* kFile = "/data/tv/save/saved_esss";
-constexpr std::size_t kRecord = 152;
 
 /** A set with a wireless record that has no back end yet. */
 struct Fresh {
@@ -31,12 +29,12 @@ struct Fresh {
     {
         std::string contents;
         for (int number = 0; number < count; ++number) {
-            std::string record(kRecord, '\0');
+            std::string record(kSavedRecord, '\0');
             const std::string name = "n" + std::to_string(number);
             record.replace(0, name.size(), name);
             contents += record;
         }
-        set.write(kFile, contents);
+        set.write(kSavedFile, contents);
     }
 
     sim::Set set;
@@ -130,7 +128,7 @@ TEST(WifiInit, ListsFiftyOfMoreSavedNetworks)
     EXPECT_STREQ(wifi.esss[49].essid, "n49");
     EXPECT_STREQ(wifi.curOperatingEsss.essid, "");
     EXPECT_NE(int_Movo_Net_GetSavedEss("n51"), nullptr) << "all of them are remembered";
-    EXPECT_LOGGED(fresh.set, KEST_LEVEL_ERROR, kModule, kInit, "pWifiIface->esss_num[50]\n");
+    EXPECT_LOGGED(fresh.set, KEST_LEVEL_ERROR, kWifiModule, kInit, "pWifiIface->esss_num[50]\n");
 }
 
 TEST(WifiInit, OfASecondInterfaceLoadsNothing)
@@ -235,11 +233,11 @@ TEST(WifiDeInit, ForgetsTheNetworksButNotTheirFile)
     fresh.remember(2);
     EXPECT_EQ(int_Movo_Net_InitWifi(&fresh.iface), 0);
     const void* state = fresh.iface.priv;
-    const std::string saved = fresh.set.read(kFile);
+    const std::string saved = fresh.set.read(kSavedFile);
     fresh.set.forget();
     EXPECT_EQ(int_Movo_Net_DeInitWifi(&fresh.iface), 0);
     EXPECT_EQ(g_pSavedEsss, nullptr);
-    EXPECT_EQ(fresh.set.read(kFile), saved);
+    EXPECT_EQ(fresh.set.read(kSavedFile), saved);
     EXPECT_EQ(fresh.iface.priv, state);
     EXPECT_EQ(wpactrl_iface(&fresh.iface), nullptr);
     EXPECT_TRUE(fresh.set.log().empty());

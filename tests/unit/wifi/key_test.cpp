@@ -1,4 +1,5 @@
 #include "bench.h"
+#include "names.h"
 
 #include <gtest/gtest.h>
 
@@ -8,9 +9,6 @@ using namespace wifi;
 using namespace movonet;
 
 namespace {
-constexpr const char* kFile = "/data/tv/save/saved_esss";
-constexpr const char* kCopy = "cat /data/tv/save/saved_esss > /data/tv/save/saved_esss_back";
-
 MovNetWifiEssItem_t network(const std::string& name, std::int64_t bssid = 0)
 {
     MovNetWifiEssItem_t ess{};
@@ -77,8 +75,8 @@ TEST_F(RememberedKey, OfAnOlderNetworkIsWrittenWithItsAccessPoint)
     EXPECT_STREQ(key, "key");
     EXPECT_STREQ(g_pSavedEsss->essid, "Net") << "it is the newest now";
     EXPECT_EQ(g_pSavedEsss->bssid, 8);
-    EXPECT_EQ(bench.set.read(kFile)[40], '\x08');
-    EXPECT_RAN(bench.set, kCopy);
+    EXPECT_EQ(bench.set.read(kSavedFile)[40], '\x08');
+    EXPECT_RAN(bench.set, kSavedCopy);
 }
 
 TEST_F(RememberedKey, IsGivenWhileNeitherAccessPointIsKnown)

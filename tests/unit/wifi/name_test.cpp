@@ -1,4 +1,5 @@
 #include "movo_net_fl_wpactrl/learnt.h"
+#include "names.h"
 #include "television.h"
 
 #include <algorithm>
@@ -12,8 +13,6 @@ using namespace wifi;
 using namespace movonet;
 
 namespace {
-constexpr const char* kIf = "mlan0";
-constexpr const char* kSavedFile = "/data/tv/save/saved_esss";
 constexpr const char* kConfiguration = "/etc/wpa_supplicant.conf";
 
 struct Name {

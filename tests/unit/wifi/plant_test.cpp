@@ -1,4 +1,5 @@
 #include "bench.h"
+#include "names.h"
 #include "sim/plants.h"
 
 #include <gtest/gtest.h>
@@ -10,10 +11,7 @@ using sim::Plant;
 // What a local user may put in the place of the file of the last scan.
 
 namespace {
-constexpr const char* kFile = "/tmp/wpa_scan_result";
-const std::string kHeader = "bssid / frequency / signal level / flags / ssid\n";
-const std::string kTable = kHeader + "02:00:00:00:01:00\t2412\t-40\t[ESS]\tNet\n";
-const std::string kFalseTable = kHeader + "02:00:00:00:06:66\t2412\t-40\t[ESS]\tFalse\n";
+const std::string kFalseTable = kTableHeader + "02:00:00:00:06:66\t2412\t-40\t[ESS]\tFalse\n";
 
 struct Scanned : Bench {
     Scanned() { supplicant.replies["SCAN_RESULTS"] = {kTable}; }
@@ -23,7 +21,7 @@ struct Scanned : Bench {
     mode_t mode() const
     {
         struct stat status {};
-        EXPECT_EQ(lstat(set.real(kFile).c_str(), &status), 0);
+        EXPECT_EQ(lstat(set.real(kScanFile).c_str(), &status), 0);
         return status.st_mode;
     }
 };
@@ -33,10 +31,10 @@ class PlantedScanFile : public testing::TestWithParam<Plant> {};
 TEST_P(PlantedScanFile, GivesWayToAFileOfOurOwn)
 {
     Scanned bench;
-    sim::plant(bench.set, kFile, GetParam(), "secret");
+    sim::plant(bench.set, kScanFile, GetParam(), "secret");
     EXPECT_EQ(int_Movo_Net_Wpactrl_ScanResult(&bench.iface), 0);
     EXPECT_EQ(bench.first(), "Net");
-    EXPECT_EQ(bench.set.read(kFile), kTable);
+    EXPECT_EQ(bench.set.read(kScanFile), kTable);
     EXPECT_EQ(bench.mode(), S_IFREG | 0644U);
     if (bench.set.exists(sim::kVictim)) {
         EXPECT_EQ(bench.set.read(sim::kVictim), "secret");
@@ -48,9 +46,9 @@ TEST_P(PlantedScanFile, GivesWayToAFileOfOurOwn)
 TEST_P(PlantedScanFile, IsNotReadInPlaceOfWhatWasWritten)
 {
     Scanned bench;
-    bench.set.write(kFile, ""); // the first look is at a file of our own
-    bench.set.fail({.call = sim::Call::Open, .on = kFile, .nth = 2, .does = [&bench] {
-                        sim::plant(bench.set, kFile, GetParam(), kFalseTable);
+    bench.set.write(kScanFile, ""); // the first look is at a file of our own
+    bench.set.fail({.call = sim::Call::Open, .on = kScanFile, .nth = 2, .does = [&bench] {
+                        sim::plant(bench.set, kScanFile, GetParam(), kFalseTable);
                     }});
     EXPECT_EQ(int_Movo_Net_Wpactrl_ScanResult(&bench.iface), 1);
     EXPECT_EQ(errors(bench.set), Lines{"int_Movo_Net_Wpactrl_ScanResult: Could not open scan result file.\n"});
@@ -69,15 +67,15 @@ TEST(ScanFile, IsReadByEverybodyAndWrittenByNobodyElse)
     Scanned bench;
     for (const mode_t mask : {0U, 077U}) {
         const mode_t before = umask(mask);
-        bench.set.remove(kFile);
+        bench.set.remove(kScanFile);
         EXPECT_EQ(int_Movo_Net_Wpactrl_ScanResult(&bench.iface), 0);
         (void)umask(before);
         EXPECT_EQ(bench.mode(), S_IFREG | 0644U) << mask;
     }
-    EXPECT_EQ(chmod(bench.set.real(kFile).c_str(), 0666), 0); // as an older version made it
-    bench.set.write(kFile, kTable + kTable);
+    EXPECT_EQ(chmod(bench.set.real(kScanFile).c_str(), 0666), 0); // as an older version made it
+    bench.set.write(kScanFile, kTable + kTable);
     EXPECT_EQ(int_Movo_Net_Wpactrl_ScanResult(&bench.iface), 0);
     EXPECT_EQ(bench.mode(), S_IFREG | 0644U);
-    EXPECT_EQ(bench.set.read(kFile), kTable);
+    EXPECT_EQ(bench.set.read(kScanFile), kTable);
 }
 } // namespace

@@ -1,5 +1,6 @@
 #include "bench.h"
 #include "movo_net_fl_wpactrl/learnt.h"
+#include "names.h"
 
 #include <gtest/gtest.h>
 
@@ -7,7 +8,6 @@ using namespace wifi;
 using namespace movonet;
 
 namespace {
-constexpr const char* kModule = "movo_net_fl_wifi";
 constexpr auto kWpa2 = _MOVO_NET_WIFI_SECURITY_WPA2_PSK_;
 constexpr auto kAes = _MOVO_NET_WIFI_ENCRYP_AES_;
 
@@ -60,7 +60,7 @@ TEST(Query, ReadsTheFirstOfAName)
     EXPECT_EQ(int_Movo_NET_WifiGetEncryptionEss(&bench.iface, "Net", &cipher), 0);
     EXPECT_EQ(cipher, kAes);
     EXPECT_EQ(int_Movo_NET_WifiGetSignalEss(&bench.iface, "Nowhere", &value), 1);
-    EXPECT_LOGGED(bench.set, KEST_LEVEL_ERROR, kModule, "get_essid_index", "no matched essid Nowhere\n");
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_ERROR, kWifiModule, "get_essid_index", "no matched essid Nowhere\n");
 }
 
 TEST(Query, ChecksInItsOrder)
@@ -77,7 +77,7 @@ TEST(Query, ChecksInItsOrder)
     EXPECT_EQ(int_Movo_NET_WifiGetSignalEss(&bench.iface, "Net", nullptr), 5);
     bench.iface.isActived = 0;
     EXPECT_EQ(int_Movo_NET_WifiGetSignalEss(&bench.iface, "Net", &value), 1);
-    EXPECT_LOGGED(bench.set, KEST_LEVEL_ERROR, kModule, "int_Movo_NET_WifiGetSignalEss", "not actived yet");
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_ERROR, kWifiModule, "int_Movo_NET_WifiGetSignalEss", "not actived yet");
     EXPECT_EQ(value, 17);
 }
 
@@ -105,7 +105,7 @@ TEST(Names, KeepsANameOfThirtyTwoBytesWithoutEndMark)
     EXPECT_EQ(std::string(ssid, 33), name + "#");
     EXPECT_EQ(int_Movo_NET_WifiGetSsidEss(&bench.iface, 1, ssid), 1);
     EXPECT_EQ(int_Movo_NET_WifiGetSsidEss(&bench.iface, -1, ssid), 1);
-    EXPECT_LOGGED(bench.set, KEST_LEVEL_ERROR, kModule, "int_Movo_NET_WifiGetSsidEss", "ess index invalid\n");
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_ERROR, kWifiModule, "int_Movo_NET_WifiGetSsidEss", "ess index invalid\n");
 }
 
 TEST(ConnectedName, IsCutToItsBufferAndUntouchedWithoutConnection)
@@ -147,7 +147,7 @@ TEST(WifiInit, ListsTheRememberedNetworksOnce)
     EXPECT_EQ(int_Movo_Net_InitWifi(&second), 0);
     EXPECT_EQ(wifi_iface(&first)->esss_num, 1);
     EXPECT_EQ(wifi_iface(&second)->esss_num, 0);
-    EXPECT_LOGGED(set, KEST_LEVEL_ERROR, kModule, "int_Movo_Net_InitWifi", "pWifiIface->esss_num[1]\n");
+    EXPECT_LOGGED(set, KEST_LEVEL_ERROR, kWifiModule, "int_Movo_Net_InitWifi", "pWifiIface->esss_num[1]\n");
     EXPECT_EQ(int_Movo_Net_DeInitWifi(&first), 0);
     EXPECT_EQ(g_pSavedEsss, nullptr);
     EXPECT_EQ(int_Movo_Net_DeInitWifi(&first), 5) << "the link is gone";
@@ -166,7 +166,7 @@ TEST(WpsPin, MustComeBackAsItWasSent)
     EXPECT_EQ(int_Movo_NET_WifiStartWpsConnection(&bench.iface, _MOVO_NET_WIFI_WPS_PIN, "999"), 1);
     EXPECT_LOGGED(bench.set, KEST_LEVEL_ERROR, "movo_net_fl_wpactrl", "int_Movo_Net_Wpactrl_WPSSetPIN",
                   "[wps_pin any] does not match\n");
-    EXPECT_LOGGED(bench.set, KEST_LEVEL_ERROR, kModule, "int_Movo_NET_WifiStartWpsConnection", "WPS PIN failed\n");
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_ERROR, kWifiModule, "int_Movo_NET_WifiStartWpsConnection", "WPS PIN failed\n");
     EXPECT_EQ(int_Movo_NET_WifiStartWpsConnection(&bench.iface, _MOVO_NET_WIFI_WPS_PIN, nullptr), 5);
 }
 

@@ -1,4 +1,5 @@
 #include "bench.h"
+#include "names.h"
 
 #include <functional>
 #include <gtest/gtest.h>
@@ -9,7 +10,6 @@ using namespace wifi;
 using namespace movonet;
 
 namespace {
-constexpr const char* kModule = "movo_net_fl_wifi";
 constexpr auto kWpa2 = _MOVO_NET_WIFI_SECURITY_WPA2_PSK_;
 constexpr auto kAes = _MOVO_NET_WIFI_ENCRYP_AES_;
 
@@ -123,7 +123,7 @@ TEST(EachOperation, TellsOfAnInterfaceThatIsNotActive)
         bench.set.forget();
         EXPECT_EQ(each.call(&bench.iface, "Net"), 1) << each.function;
         EXPECT_EQ(bench.set.log().size(), 1U) << each.function;
-        EXPECT_LOGGED(bench.set, KEST_LEVEL_ERROR, kModule, each.function, "not actived yet");
+        EXPECT_LOGGED(bench.set, KEST_LEVEL_ERROR, kWifiModule, each.function, "not actived yet");
     }
     EXPECT_EQ(bench.supplicant.commands, Lines{});
 }
@@ -140,7 +140,7 @@ TEST(EachOperation, TellsOfANetworkThatIsNotListed)
         bench.set.forget();
         EXPECT_EQ(each.call(&bench.iface, "Net"), 1) << each.function;
         EXPECT_EQ(bench.set.log().size(), 1U) << each.function;
-        EXPECT_LOGGED(bench.set, KEST_LEVEL_ERROR, kModule, "get_essid_index", "no matched essid Net\n");
+        EXPECT_LOGGED(bench.set, KEST_LEVEL_ERROR, kWifiModule, "get_essid_index", "no matched essid Net\n");
     }
     EXPECT_EQ(bench.supplicant.commands, Lines{});
     EXPECT_EQ(g_isWifiConnectByUI, 0);
@@ -168,7 +168,7 @@ TEST(Question, TellsTheNumberOfNetworks)
     std::int32_t number = 0;
     EXPECT_EQ(int_Movo_NET_WifiGetNumOfEsss(&bench.iface, &number), 0);
     EXPECT_EQ(number, 2);
-    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kModule, "int_Movo_NET_WifiGetNumOfEsss", "num of esss: 2\n");
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kWifiModule, "int_Movo_NET_WifiGetNumOfEsss", "num of esss: 2\n");
 }
 
 TEST(Question, TellsWhetherANetworkIsJoined)

@@ -1,6 +1,6 @@
 #include "television.h"
 
-#include "support/shared.h"
+#include "support/atomic.h"
 #include "unit/fg/every_call.h"
 
 #include <algorithm>
@@ -92,7 +92,7 @@ void expectSound(Television& television)
     EXPECT_EQ(television.set.heldLocks(), 0);
     const Wpactrl_t& link = television.link();
     const WpactrlConnectStatus_e status = link.connectStatus;
-    if (!get(television.mlan0().isActived)) {
+    if (!load(television.mlan0().isActived)) {
         return;
     }
     EXPECT_EQ(wifi_iface(&television.mlan0())->curOperatingEsss.isConnected, status == WPACTRL_STATUS_CONNECTED);

@@ -1,4 +1,5 @@
 #include "bench.h"
+#include "names.h"
 
 #include <functional>
 #include <gtest/gtest.h>
@@ -9,12 +10,9 @@ using namespace wifi;
 using namespace movonet;
 
 namespace {
-constexpr const char* kModule = "movo_net_fl_wifi";
-constexpr const char* kFile = "/data/tv/save/saved_esss";
-constexpr const char* kCopy = "cat /data/tv/save/saved_esss > /data/tv/save/saved_esss_back";
 constexpr const char* kRestore = "cat /data/tv/save/saved_esss_back > /data/tv/save/saved_esss";
 
-MovNetWifiEssItem_t network(const std::string& name, std::int64_t bssid = 0)
+MovNetWifiEssItem_t secured(const std::string& name, std::int64_t bssid = 0)
 {
     MovNetWifiEssItem_t ess{};
     name.copy(ess.essid, MOVO_NET_ESSID_LENGTH);
@@ -23,20 +21,6 @@ MovNetWifiEssItem_t network(const std::string& name, std::int64_t bssid = 0)
     ess.encrypType = _MOVO_NET_WIFI_ENCRYP_AES_;
     std::strcpy(ess.Key, "key");
     return ess;
-}
-
-RETURN_TYPE save(MovNetWifiEssItem_t ess)
-{
-    return int_Movo_Net_SaveEss(&ess);
-}
-
-Lines listed()
-{
-    Lines names;
-    for (const MovNetWifiEssItem_t* ess = g_pSavedEsss; ess != nullptr; ess = ess->next) {
-        names.emplace_back(ess->essid);
-    }
-    return names;
 }
 
 class Remembered : public testing::Test {
@@ -66,13 +50,13 @@ class SavedAgain : public Remembered, public testing::WithParamInterface<Differe
 TEST_P(SavedAgain, IsWrittenWhenItIsAnotherOrHasAnotherKey)
 {
     const Difference& difference = GetParam();
-    MovNetWifiEssItem_t ess = network("Net", 7);
-    EXPECT_EQ(save(ess), 0);
+    MovNetWifiEssItem_t ess = secured("Net", 7);
+    EXPECT_EQ(remember(ess), 0);
     set.forget();
     difference.make(ess);
-    EXPECT_EQ(save(ess), 0);
-    EXPECT_EQ(static_cast<bool>(set.ran(kCopy)), difference.written);
-    EXPECT_EQ(listed().size(), difference.networks);
+    EXPECT_EQ(remember(ess), 0);
+    EXPECT_EQ(static_cast<bool>(set.ran(kSavedCopy)), difference.written);
+    EXPECT_EQ(rememberedNames().size(), difference.networks);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -96,66 +80,66 @@ INSTANTIATE_TEST_SUITE_P(
 TEST_F(Remembered, ANetworkThatComesBackMovesToTheFrontWithAllThatIsNew)
 {
     for (const char* name : {"A", "B", "C"}) {
-        EXPECT_EQ(save(network(name)), 0);
+        EXPECT_EQ(remember(secured(name)), 0);
     }
-    MovNetWifiEssItem_t again = network("B");
+    MovNetWifiEssItem_t again = secured("B");
     std::strcpy(again.Key, "another key");
     again.signalVal = -44;
     again.isConnected = 1;
     again.next = &again;
-    EXPECT_EQ(save(again), 0);
-    EXPECT_EQ(listed(), (Lines{"B", "C", "A"}));
+    EXPECT_EQ(remember(again), 0);
+    EXPECT_EQ(rememberedNames(), (Lines{"B", "C", "A"}));
     EXPECT_STREQ(g_pSavedEsss->Key, "another key");
     EXPECT_EQ(g_pSavedEsss->signalVal, -44);
     EXPECT_EQ(g_pSavedEsss->isConnected, 1);
-    EXPECT_EQ(set.read(kFile).size(), 3U * 152U);
+    EXPECT_EQ(set.read(kSavedFile).size(), 3U * 152U);
 }
 
 TEST_F(Remembered, TheNewestOfANameAndTheNewestConnectedOneAreFound)
 {
-    MovNetWifiEssItem_t connected = network("A", 1);
+    MovNetWifiEssItem_t connected = secured("A", 1);
     connected.isConnected = 1;
-    EXPECT_EQ(save(connected), 0);
+    EXPECT_EQ(remember(connected), 0);
     connected.bssid = 2;
-    EXPECT_EQ(save(connected), 0);
-    EXPECT_EQ(save(network("A", 3)), 0);
+    EXPECT_EQ(remember(connected), 0);
+    EXPECT_EQ(remember(secured("A", 3)), 0);
     EXPECT_EQ(int_Movo_Net_GetSavedEss("A")->bssid, 3);
     EXPECT_EQ(int_Movo_Net_GetSavedConnectedEss()->bssid, 2);
     EXPECT_EQ(int_Movo_Net_GetSavedEss("B"), nullptr);
     const std::string longest(32, 'n');
-    EXPECT_EQ(save(network(longest)), 0);
+    EXPECT_EQ(remember(secured(longest)), 0);
     EXPECT_EQ(int_Movo_Net_GetSavedEss((longest + "more").c_str()), g_pSavedEsss) << "32 bytes count";
 }
 
 TEST_F(Remembered, WithoutMemoryNothingChanges)
 {
-    EXPECT_EQ(save(network("A")), 0);
+    EXPECT_EQ(remember(secured("A")), 0);
     set.forget();
     set.fail({.call = sim::Call::Malloc, .nth = 1, .error = ENOMEM});
-    EXPECT_EQ(save(network("B")), 4);
+    EXPECT_EQ(remember(secured("B")), 4);
     EXPECT_EQ(told(set, KEST_LEVEL_ERROR), Lines{"int_Movo_Net_SaveEss: out of memory\n"});
-    EXPECT_EQ(listed(), Lines{"A"});
-    EXPECT_NOT_RAN(set, kCopy);
+    EXPECT_EQ(rememberedNames(), Lines{"A"});
+    EXPECT_NOT_RAN(set, kSavedCopy);
 }
 
 TEST_F(Remembered, DeletingIsTold)
 {
-    EXPECT_EQ(save(network("A", 1)), 0);
-    EXPECT_EQ(save(network("A", 2)), 0);
+    EXPECT_EQ(remember(secured("A", 1)), 0);
+    EXPECT_EQ(remember(secured("A", 2)), 0);
     set.forget();
-    EXPECT_EQ(int_Movo_Net_DelEss(network("A", 1)), 0);
-    EXPECT_LOGGED(set, KEST_LEVEL_INFO, kModule, "int_Movo_Net_DelEss", "delete A in saved ess list\n");
-    EXPECT_EQ(set.read(kFile).size(), 152U);
-    EXPECT_RAN(set, kCopy);
+    EXPECT_EQ(int_Movo_Net_DelEss(secured("A", 1)), 0);
+    EXPECT_LOGGED(set, KEST_LEVEL_INFO, kWifiModule, "int_Movo_Net_DelEss", "delete A in saved ess list\n");
+    EXPECT_EQ(set.read(kSavedFile).size(), 152U);
+    EXPECT_RAN(set, kSavedCopy);
     set.forget();
-    EXPECT_EQ(int_Movo_Net_DelEss(network("A", 1)), 0);
+    EXPECT_EQ(int_Movo_Net_DelEss(secured("A", 1)), 0);
     EXPECT_TRUE(set.log().empty()) << "it is gone already";
-    EXPECT_NOT_RAN(set, kCopy);
+    EXPECT_NOT_RAN(set, kSavedCopy);
 }
 
 TEST_F(Remembered, LookingForNoNameIsToldAndFindsNothing)
 {
-    EXPECT_EQ(save(network("A")), 0);
+    EXPECT_EQ(remember(secured("A")), 0);
     set.forget();
     EXPECT_EQ(int_Movo_Net_GetSavedEss(nullptr), nullptr);
     EXPECT_EQ(told(set, KEST_LEVEL_ERROR), Lines{"int_Movo_Net_GetSavedEss: bad param\n"});
@@ -163,40 +147,40 @@ TEST_F(Remembered, LookingForNoNameIsToldAndFindsNothing)
 
 TEST_F(Remembered, AnEmptyFileWhoseBackupCannotBeCopiedLoadsNothing)
 {
-    EXPECT_EQ(save(network("A")), 0);
-    set.write(kFile, "");
+    EXPECT_EQ(remember(secured("A")), 0);
+    set.write(kSavedFile, "");
     set.onCommand(kRestore).fails();
     set.forget();
     EXPECT_EQ(LoadEsss(), 1);
     EXPECT_EQ(told(set, KEST_LEVEL_ERROR),
               (Lines{"LoadEsss: esss: enter LoadEsss\n", "LoadEsss: esss: /data/tv/save/saved_esss file size 0\n",
                      "LoadEsss: esss: cannot cp  /data/tv/save/saved_esss_back to /data/tv/save/saved_esss\n"}));
-    EXPECT_EQ(listed(), Lines{"A"});
+    EXPECT_EQ(rememberedNames(), Lines{"A"});
     EXPECT_EQ(set.openDescriptors(), Lines{});
 }
 
 TEST_F(Remembered, AFileThatHoldsSomethingIsNotRestored)
 {
-    EXPECT_EQ(save(network("A")), 0);
-    set.write(kFile, "x");
+    EXPECT_EQ(remember(secured("A")), 0);
+    set.write(kSavedFile, "x");
     set.forget();
     EXPECT_EQ(LoadEsss(), 0);
     EXPECT_TRUE(set.commands().empty());
-    EXPECT_EQ(listed(), Lines{});
-    EXPECT_LOGGED(set, KEST_LEVEL_ERROR, kModule, "LoadEsss", "esss: /data/tv/save/saved_esss file size 1\n");
+    EXPECT_EQ(rememberedNames(), Lines{});
+    EXPECT_LOGGED(set, KEST_LEVEL_ERROR, kWifiModule, "LoadEsss", "esss: /data/tv/save/saved_esss file size 1\n");
 }
 
 TEST_F(Remembered, WithoutTheLockNothingIsReadOrWritten)
 {
-    EXPECT_EQ(save(network("A")), 0);
-    const std::string before = set.read(kFile);
-    set.write(kFile, before + before);
+    EXPECT_EQ(remember(secured("A")), 0);
+    const std::string before = set.read(kSavedFile);
+    set.write(kSavedFile, before + before);
     set.forget();
     set.failLock(essListLock);
     EXPECT_EQ(LoadEsss(), 1);
     EXPECT_EQ(SaveEsss(), 1);
-    EXPECT_EQ(save(network("B")), 1);
-    EXPECT_EQ(int_Movo_Net_DelEss(network("A")), 1);
+    EXPECT_EQ(remember(secured("B")), 1);
+    EXPECT_EQ(int_Movo_Net_DelEss(secured("A")), 1);
     EXPECT_EQ(int_Movo_Net_GetSavedEss("A"), nullptr);
     EXPECT_EQ(int_Movo_Net_GetSavedConnectedEss(), nullptr);
     EXPECT_EQ(told(set, KEST_LEVEL_ERROR),
@@ -205,7 +189,7 @@ TEST_F(Remembered, WithoutTheLockNothingIsReadOrWritten)
                      "int_Movo_Net_SaveEss: lock mutex failed\n", "int_Movo_Net_DelEss: lock mutex failed\n",
                      "int_Movo_Net_GetSavedEss: lock mutex failed\n",
                      "int_Movo_Net_GetSavedConnectedEss: lock mutex failed\n"}));
-    EXPECT_EQ(listed(), Lines{"A"});
-    EXPECT_EQ(set.read(kFile), before + before);
+    EXPECT_EQ(rememberedNames(), Lines{"A"});
+    EXPECT_EQ(set.read(kSavedFile), before + before);
     EXPECT_TRUE(set.commands().empty());
 }

@@ -1,3 +1,4 @@
+#include "names.h"
 #include "television.h"
 
 #include <gtest/gtest.h>
@@ -10,26 +11,7 @@ using namespace movonet;
 // How many networks, how long names, how much file, and what if nothing of it is as it should be.
 
 namespace {
-constexpr const char* kFile = "/data/tv/save/saved_esss";
-constexpr const char* kBackup = "/data/tv/save/saved_esss_back";
-constexpr std::size_t kRecord = 152;
 constexpr std::size_t kMost = 50;
-
-Lines listed()
-{
-    Lines names;
-    for (const MovNetWifiEssItem_t* ess = g_pSavedEsss; ess != nullptr; ess = ess->next) {
-        names.emplace_back(ess->essid);
-    }
-    return names;
-}
-
-RETURN_TYPE save(const std::string& name)
-{
-    MovNetWifiEssItem_t ess{};
-    name.copy(ess.essid, MOVO_NET_ESSID_LENGTH);
-    return int_Movo_Net_SaveEss(&ess);
-}
 
 class Count : public testing::TestWithParam<std::size_t> {};
 } // namespace
@@ -38,19 +20,19 @@ TEST_P(Count, OfNetworksThatComesBackAfterARestart)
 {
     sim::Set set;
     for (std::size_t number = 0; number < GetParam(); ++number) {
-        EXPECT_EQ(save("n" + std::to_string(number)), 0);
+        EXPECT_EQ(remember(networkNamed("n" + std::to_string(number))), 0);
     }
-    EXPECT_EQ(listed().size(), GetParam()) << "in memory there is no limit";
+    EXPECT_EQ(rememberedNames().size(), GetParam()) << "in memory there is no limit";
     const std::size_t kept = std::min(GetParam(), kMost);
     freeSavedEsss();
     EXPECT_EQ(LoadEsss(), GetParam() == 0 ? 1 : 0);
-    ASSERT_EQ(listed().size(), kept);
+    ASSERT_EQ(rememberedNames().size(), kept);
     for (std::size_t place = 0; place < kept; ++place) {
-        EXPECT_EQ(listed()[place], "n" + std::to_string(GetParam() - 1 - place)) << "newest first";
+        EXPECT_EQ(rememberedNames()[place], "n" + std::to_string(GetParam() - 1 - place)) << "newest first";
     }
     if (kept > 0) {
-        EXPECT_EQ(set.read(kFile).size(), kept * kRecord);
-        EXPECT_EQ(set.read(kBackup), set.read(kFile));
+        EXPECT_EQ(set.read(kSavedFile).size(), kept * kSavedRecord);
+        EXPECT_EQ(set.read(kSavedBackup), set.read(kSavedFile));
     }
 }
 INSTANTIATE_TEST_SUITE_P(Saved, Count, testing::Values(0, 1, 49, 50, 51));
@@ -61,13 +43,13 @@ TEST(SavedName, OfEveryByteAndLengthComesBackAsItIs)
     for (int byte = 1; byte < 256; ++byte) {
         for (const std::size_t length : {1U, 31U, 32U}) {
             const std::string name(length, static_cast<char>(byte));
-            ASSERT_EQ(save(name), 0);
+            ASSERT_EQ(remember(networkNamed(name)), 0);
             ASSERT_EQ(LoadEsss(), 0);
-            ASSERT_EQ(listed().front(), name) << byte << " " << length;
+            ASSERT_EQ(rememberedNames().front(), name) << byte << " " << length;
         }
     }
-    EXPECT_EQ(save(""), 5);
-    EXPECT_EQ(save(std::string(32, '\0')), 5);
+    EXPECT_EQ(remember(networkNamed("")), 5);
+    EXPECT_EQ(remember(networkNamed(std::string(32, '\0'))), 5);
 }
 
 TEST(SavedFile, OfEveryLengthLoadsItsWholeRecords)
@@ -75,17 +57,17 @@ TEST(SavedFile, OfEveryLengthLoadsItsWholeRecords)
     sim::Set set;
     std::string contents;
     for (int number = 0; contents.size() < 7700; ++number) {
-        std::string record(kRecord, '\xee'); // what lies between and behind the texts means nothing
+        std::string record(kSavedRecord, '\xee'); // what lies between and behind the texts means nothing
         const std::string name = "n" + std::to_string(number);
         record.replace(0, name.size() + 1, name.c_str(), name.size() + 1);
         contents += record;
     }
-    set.write(kBackup, "");
+    set.write(kSavedBackup, "");
     for (std::size_t length = 0; length <= 7700; ++length) {
-        set.write(kFile, contents.substr(0, length));
+        set.write(kSavedFile, contents.substr(0, length));
         ASSERT_EQ(LoadEsss(), 0);
-        const Lines names = listed();
-        ASSERT_EQ(names.size(), length / kRecord) << length;
+        const Lines names = rememberedNames();
+        ASSERT_EQ(names.size(), length / kSavedRecord) << length;
         ASSERT_TRUE(names.empty() || names.back() == "n" + std::to_string(names.size() - 1)) << length;
         set.forget();
     }
@@ -95,39 +77,39 @@ TEST(SavedFile, WithoutMemoryLoadsWhatItCan)
 {
     sim::Set set;
     for (const char* name : {"A", "B", "C"}) {
-        EXPECT_EQ(save(name), 0);
+        EXPECT_EQ(remember(networkNamed(name)), 0);
     }
     set.fail({.call = sim::Call::Malloc, .nth = 2, .error = ENOMEM});
     EXPECT_EQ(LoadEsss(), 0);
-    EXPECT_EQ(listed(), Lines{"C"});
+    EXPECT_EQ(rememberedNames(), Lines{"C"});
     EXPECT_LOGGED(set, KEST_LEVEL_ERROR, "movo_net_fl_wifi", "LoadEsss", "out of memory\n");
 }
 
 TEST(SavedFile, KeepsCopyingAShortFileOfAFullDiskOverTheBackup)
 {
     sim::Set set;
-    EXPECT_EQ(save("A"), 0);
-    EXPECT_EQ(save("B"), 0);
-    set.fail({.call = sim::Call::Write, .on = kFile, .nth = 2, .error = ENOSPC});
-    EXPECT_EQ(save("C"), 0) << "the copy worked";
+    EXPECT_EQ(remember(networkNamed("A")), 0);
+    EXPECT_EQ(remember(networkNamed("B")), 0);
+    set.fail({.call = sim::Call::Write, .on = kSavedFile, .nth = 2, .error = ENOSPC});
+    EXPECT_EQ(remember(networkNamed("C")), 0) << "the copy worked";
     EXPECT_LOGGED(set, KEST_LEVEL_ERROR, "movo_net_fl_wifi", "SaveEsss", "write failed\n");
-    EXPECT_EQ(set.read(kFile).size(), kRecord);
-    EXPECT_EQ(set.read(kBackup), set.read(kFile));
-    EXPECT_EQ(listed(), (Lines{"C", "B", "A"})) << "until the restart all are known";
-    EXPECT_EQ(save("D"), 0);
-    EXPECT_EQ(set.read(kFile).size(), 4 * kRecord) << "and the next save writes them all";
+    EXPECT_EQ(set.read(kSavedFile).size(), kSavedRecord);
+    EXPECT_EQ(set.read(kSavedBackup), set.read(kSavedFile));
+    EXPECT_EQ(rememberedNames(), (Lines{"C", "B", "A"})) << "until the restart all are known";
+    EXPECT_EQ(remember(networkNamed("D")), 0);
+    EXPECT_EQ(set.read(kSavedFile).size(), 4 * kSavedRecord) << "and the next save writes them all";
 }
 
 TEST(SavedFile, ThatCannotBeOpenedKeepsItsContents)
 {
     sim::Set set;
-    EXPECT_EQ(save("A"), 0);
-    const std::string before = set.read(kFile);
-    set.fail({.call = sim::Call::Open, .on = kFile, .error = EROFS});
-    EXPECT_EQ(save("B"), 1);
+    EXPECT_EQ(remember(networkNamed("A")), 0);
+    const std::string before = set.read(kSavedFile);
+    set.fail({.call = sim::Call::Open, .on = kSavedFile, .error = EROFS});
+    EXPECT_EQ(remember(networkNamed("B")), 1);
     EXPECT_LOGGED(set, KEST_LEVEL_ERROR, "movo_net_fl_wifi", "SaveEsss",
                   "cannot open /data/tv/save/saved_esss for write\n");
-    EXPECT_EQ(set.read(kFile), before);
+    EXPECT_EQ(set.read(kSavedFile), before);
 }
 
 namespace {
@@ -139,7 +121,7 @@ std::string hostileFile(unsigned seed)
     for (char& byte : contents) {
         byte = static_cast<char>(random());
     }
-    for (std::size_t at = 0; at + kRecord <= contents.size(); at += kRecord) {
+    for (std::size_t at = 0; at + kSavedRecord <= contents.size(); at += kSavedRecord) {
         contents[at + 140] = static_cast<char>(random() % 2); // was connected
         contents[at + 48] = static_cast<char>(random() % 8);  // security and cipher of some records
         contents[at + 52] = static_cast<char>(random() % 8);
@@ -157,8 +139,8 @@ class HostileFile : public testing::TestWithParam<unsigned> {};
 TEST_P(HostileFile, HarmsNothing)
 {
     Television television;
-    television.set.write(kFile, hostileFile(GetParam()));
-    television.set.write(kBackup, hostileFile(GetParam() + 1000));
+    television.set.write(kSavedFile, hostileFile(GetParam()));
+    television.set.write(kSavedBackup, hostileFile(GetParam() + 1000));
     television.start();
     television.hears({kConnected, kDisconnected});
     int count = 0;

@@ -1,5 +1,6 @@
 #include "bench.h"
 
+#include "names.h"
 #include "sim/flash.h"
 
 #include <gtest/gtest.h>
@@ -14,23 +15,6 @@ namespace {
 constexpr const char* kFolder = "/data/tv/save";
 constexpr const char* kMain = "saved_esss";
 constexpr const char* kBackup = "saved_esss_back";
-constexpr std::size_t kRecord = 152;
-
-MovNetWifiEssItem_t network(const std::string& name)
-{
-    MovNetWifiEssItem_t ess{};
-    name.copy(ess.essid, MOVO_NET_ESSID_LENGTH);
-    return ess;
-}
-
-Lines listed()
-{
-    Lines names;
-    for (const MovNetWifiEssItem_t* ess = g_pSavedEsss; ess != nullptr; ess = ess->next) {
-        names.emplace_back(ess->essid);
-    }
-    return names;
-}
 
 /** The television is switched on again over what the power cut left. */
 Lines loadedFrom(sim::Set& set, const Folder& folder)
@@ -43,7 +27,7 @@ Lines loadedFrom(sim::Set& set, const Folder& folder)
     }
     freeSavedEsss();
     (void)LoadEsss();
-    return listed();
+    return rememberedNames();
 }
 
 /** The files of so many networks, saved in peace. */
@@ -51,7 +35,7 @@ Folder filesOf(sim::Set& set, int count)
 {
     (void)loadedFrom(set, {});
     for (int number = count; number > 0; --number) {
-        MovNetWifiEssItem_t ess = network("old" + std::to_string(number));
+        MovNetWifiEssItem_t ess = networkNamed("old" + std::to_string(number));
         EXPECT_EQ(int_Movo_Net_SaveEss(&ess), 0);
     }
     Folder files;
@@ -68,7 +52,7 @@ std::vector<std::set<Folder>> cutsOfASave(sim::Set& set, const Folder& before)
 {
     (void)loadedFrom(set, before);
     const sim::Flash flash(set, kFolder);
-    MovNetWifiEssItem_t ess = network("new");
+    MovNetWifiEssItem_t ess = networkNamed("new");
     EXPECT_EQ(int_Movo_Net_SaveEss(&ess), 0);
     std::vector<std::set<Folder>> cuts;
     for (std::size_t calls = 0; calls <= flash.calls().size(); ++calls) {
@@ -144,12 +128,12 @@ TEST(PowerCutAtASave, ASaveAfterItIsWhole)
     for (const auto& cut : cutsOfASave(set, before)) {
         for (const Folder& left : cut) {
             Lines expected = loadedFrom(set, left);
-            MovNetWifiEssItem_t ess = network("next");
+            MovNetWifiEssItem_t ess = networkNamed("next");
             EXPECT_EQ(int_Movo_Net_SaveEss(&ess), 0);
             expected.insert(expected.begin(), "next");
-            EXPECT_EQ(set.read(std::string(kFolder) + "/" + kMain).size(), expected.size() * kRecord);
+            EXPECT_EQ(set.read(std::string(kFolder) + "/" + kMain).size(), expected.size() * kSavedRecord);
             EXPECT_EQ(LoadEsss(), 0);
-            EXPECT_EQ(listed(), expected);
+            EXPECT_EQ(rememberedNames(), expected);
         }
     }
 }

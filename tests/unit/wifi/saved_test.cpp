@@ -1,5 +1,6 @@
 #include "bench.h"
 #include "movo_net_fl_wifi/device.h"
+#include "names.h"
 
 #include <gtest/gtest.h>
 
@@ -7,24 +8,12 @@ using namespace wifi;
 using namespace movonet;
 
 namespace {
-constexpr const char* kFile = "/data/tv/save/saved_esss";
-constexpr const char* kBackup = "/data/tv/save/saved_esss_back";
-constexpr const char* kCopy = "cat /data/tv/save/saved_esss > /data/tv/save/saved_esss_back";
-
 /** A set with its folder, whose copies between the two files work. */
 struct Store {
     Store()
     {
         set.write("/data/tv/save/x", "");
-        set.onCommand(kCopy).does([this] { set.write(kBackup, set.read(kFile)); }).prints("");
-    }
-    Lines names() const
-    {
-        Lines all;
-        for (const MovNetWifiEssItem_t* ess = g_pSavedEsss; ess != nullptr; ess = ess->next) {
-            all.emplace_back(ess->essid);
-        }
-        return all;
+        set.onCommand(kSavedCopy).does([this] { set.write(kSavedBackup, set.read(kSavedFile)); }).prints("");
     }
     sim::Set set;
 };
@@ -75,8 +64,8 @@ TEST(SavedRecord, HasItsFieldsAtTheirPlacesAndZerosBetween)
     expected[136] = 7;
     expected[140] = 1;
     expected[141] = 1;
-    EXPECT_EQ(store.set.read(kFile), expected);
-    EXPECT_EQ(store.set.read(kBackup), expected);
+    EXPECT_EQ(store.set.read(kSavedFile), expected);
+    EXPECT_EQ(store.set.read(kSavedBackup), expected);
 }
 
 TEST(Saved, TheNewestComesFirstAndTheSameTwiceCostsNothing)
@@ -85,15 +74,15 @@ TEST(Saved, TheNewestComesFirstAndTheSameTwiceCostsNothing)
     save("A");
     save("B");
     save("A");
-    EXPECT_EQ(store.names(), (Lines{"A", "B"}));
+    EXPECT_EQ(rememberedNames(), (Lines{"A", "B"}));
     store.set.forget();
     save("A");
-    EXPECT_NOT_RAN(store.set, kCopy);
+    EXPECT_NOT_RAN(store.set, kSavedCopy);
     save("A", "another key");
-    EXPECT_RAN(store.set, kCopy);
-    EXPECT_EQ(store.names(), (Lines{"A", "B"}));
+    EXPECT_RAN(store.set, kSavedCopy);
+    EXPECT_EQ(rememberedNames(), (Lines{"A", "B"}));
     save("A", "another key", 42);
-    EXPECT_EQ(store.names(), (Lines{"A", "A", "B"})) << "another access point is another network";
+    EXPECT_EQ(rememberedNames(), (Lines{"A", "A", "B"})) << "another access point is another network";
 }
 
 TEST(Saved, AnEmptyFileIsRestoredFromTheBackup)
@@ -101,21 +90,21 @@ TEST(Saved, AnEmptyFileIsRestoredFromTheBackup)
     Store store;
     save("A");
     save("B");
-    store.set.write(kFile, "");
+    store.set.write(kSavedFile, "");
     store.set.onCommand("cat /data/tv/save/saved_esss_back > /data/tv/save/saved_esss")
-        .does([&store] { store.set.write(kFile, store.set.read(kBackup)); })
+        .does([&store] { store.set.write(kSavedFile, store.set.read(kSavedBackup)); })
         .prints("");
     EXPECT_EQ(LoadEsss(), 0);
-    EXPECT_EQ(store.set.read(kFile).size(), 304U);
+    EXPECT_EQ(store.set.read(kSavedFile).size(), 304U);
 }
 
 TEST(Saved, NothingIsLoadedWithoutAFile)
 {
     Store store;
     save("A");
-    store.set.remove(kFile);
+    store.set.remove(kSavedFile);
     EXPECT_EQ(LoadEsss(), 1);
-    EXPECT_EQ(store.names(), Lines{"A"});
+    EXPECT_EQ(rememberedNames(), Lines{"A"});
     EXPECT_LOGGED(store.set, KEST_LEVEL_ERROR, "movo_net_fl_wifi", "LoadEsss",
                   "esss :cannot open /data/tv/save/saved_esss for read\n");
 }
@@ -123,7 +112,7 @@ TEST(Saved, NothingIsLoadedWithoutAFile)
 TEST(Saved, TheListStaysUsableWhenTheBackupFails)
 {
     Store store;
-    store.set.onCommand(kCopy).fails(256);
+    store.set.onCommand(kSavedCopy).fails(256);
     MovNetWifiEssItem_t ess = network("A");
     EXPECT_EQ(int_Movo_Net_SaveEss(&ess), 1);
     EXPECT_LOGGED(store.set, KEST_LEVEL_ERROR, "movo_net_fl_wifi", "SaveEsss",
@@ -138,11 +127,11 @@ TEST(Saved, DeletingTakesTheNameAndTheAccessPoint)
     save("A", "", 1);
     save("B", "", 2);
     EXPECT_EQ(int_Movo_Net_DelEss(network("A", "", 9)), 0);
-    EXPECT_EQ(store.names(), (Lines{"B", "A"}));
+    EXPECT_EQ(rememberedNames(), (Lines{"B", "A"}));
     EXPECT_EQ(int_Movo_Net_DelEss(network("A", "", 1)), 0);
     EXPECT_EQ(int_Movo_Net_DelEss(network("B", "", 2)), 0);
-    EXPECT_FALSE(store.set.exists(kFile));
-    EXPECT_FALSE(store.set.exists(kBackup));
+    EXPECT_FALSE(store.set.exists(kSavedFile));
+    EXPECT_FALSE(store.set.exists(kSavedBackup));
     EXPECT_EQ(int_Movo_Net_DelEss(network("")), 5);
 }
 

@@ -1,5 +1,6 @@
 #include "bench.h"
 #include "movo_net_fl_wpactrl/flags.h"
+#include "names.h"
 
 #include <gtest/gtest.h>
 
@@ -9,10 +10,6 @@ using namespace movonet;
 // Scans and their results when a step fails.
 
 namespace {
-constexpr const char* kModule = "movo_net_fl_wpactrl";
-constexpr const char* kFile = "/tmp/wpa_scan_result";
-const std::string kTable =
-    "bssid / frequency / signal level / flags / ssid\n02:00:00:00:01:00\t2412\t-40\t[ESS]\tNet\n";
 const std::string kReader = "int_Movo_Net_Wpactrl_ScanResult: ";
 
 /** A bench whose table holds one network and whose supplicant tells another. */
@@ -33,13 +30,13 @@ TEST(ScanResultFailure, OfTheRequest)
     EXPECT_EQ(int_Movo_Net_Wpactrl_ScanResult(&bench.iface), 1);
     EXPECT_EQ(errors(bench.set), Lines{"Wpactrl_SendCmd: wpa_ctrl_request error\n"});
     EXPECT_EQ(bench.first(), "Kept");
-    EXPECT_FALSE(bench.set.exists(kFile));
+    EXPECT_FALSE(bench.set.exists(kScanFile));
 }
 
 TEST(ScanResultFailure, OfTheFileForWriting)
 {
     Listed bench;
-    bench.set.fail({.call = sim::Call::Open, .on = kFile, .error = EACCES});
+    bench.set.fail({.call = sim::Call::Open, .on = kScanFile, .error = EACCES});
     EXPECT_EQ(int_Movo_Net_Wpactrl_ScanResult(&bench.iface), 1);
     EXPECT_EQ(errors(bench.set), Lines{kReader + "Could not open scan result file.\n"});
     EXPECT_EQ(bench.set.heldLocks(), 0);
@@ -50,7 +47,7 @@ TEST(ScanResultFailure, OfTheDiskIsPrinted)
 {
     Listed bench;
     const Lines open = bench.set.openDescriptors();
-    bench.set.fail({.call = sim::Call::Write, .on = kFile, .nth = 1, .bytes = 10});
+    bench.set.fail({.call = sim::Call::Write, .on = kScanFile, .nth = 1, .bytes = 10});
     std::string printed;
     {
         const sim::CapturedOutput output;
@@ -60,7 +57,7 @@ TEST(ScanResultFailure, OfTheDiskIsPrinted)
     }
     EXPECT_EQ(printed, "Error when write to scan result file");
     EXPECT_EQ(errors(bench.set), Lines{});
-    EXPECT_EQ(bench.set.read(kFile), kTable.substr(0, 10));
+    EXPECT_EQ(bench.set.read(kScanFile), kTable.substr(0, 10));
     EXPECT_EQ(bench.set.openDescriptors(), open);
     EXPECT_EQ(bench.first(), "Kept");
     EXPECT_CALLBACKS(bench.set, {});
@@ -69,7 +66,7 @@ TEST(ScanResultFailure, OfTheDiskIsPrinted)
 TEST(ScanResultFailure, KeepsTheNetworksLockWhenTheFileCannotBeReadAgain)
 {
     Listed bench;
-    bench.set.fail({.call = sim::Call::Open, .on = kFile, .nth = 3, .error = EMFILE});
+    bench.set.fail({.call = sim::Call::Open, .on = kScanFile, .nth = 3, .error = EMFILE});
     EXPECT_EQ(int_Movo_Net_Wpactrl_ScanResult(&bench.iface), 1);
     EXPECT_EQ(errors(bench.set), Lines{kReader + "Could not open scan result file.\n"});
     EXPECT_EQ(bench.set.heldLocks(), 1);
@@ -284,5 +281,5 @@ TEST(ScanTimeout, KeepsSilentAboutAScanThatItsCallbackBegins)
     (void)bench.hear({"<3>CTRL-EVENT-SCAN-RESULTS "});
     bench.set.grantTicks(400);
     EXPECT_CALLBACKS(bench.set, {});
-    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kModule, "OnScanTimeoutEventRev", "wifi scan timeout\n");
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kLinkModule, "OnScanTimeoutEventRev", "wifi scan timeout\n");
 }

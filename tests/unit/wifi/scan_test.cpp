@@ -1,5 +1,6 @@
 #include "bench.h"
 #include "movo_net_fl_wpactrl/flags.h"
+#include "names.h"
 
 #include <algorithm>
 #include <cctype>
@@ -10,7 +11,6 @@ using namespace wifi;
 using namespace movonet;
 
 namespace {
-constexpr const char* kModule = "movo_net_fl_wpactrl";
 constexpr const char* kReader = "int_Movo_Net_Wpactrl_ScanResult";
 constexpr auto kUpdated = _MOVO_NET_CALLBACK_WIFIESSSUPDATED_;
 constexpr auto kScanDone = _MOVO_NET_CALLBACK_WIFISCANDONE_;
@@ -112,11 +112,11 @@ TEST(ScanResult, RefusesWhatIsNoTable)
     bench.list("Kept", _MOVO_NET_WIFI_SECURITY_OPEN_, _MOVO_NET_WIFI_ENCRYP_NONE_);
     bench.supplicant.replies["SCAN_RESULTS"] = {"FAIL\n"};
     EXPECT_EQ(int_Movo_Net_Wpactrl_ScanResult(&bench.iface), 1);
-    EXPECT_LOGGED(bench.set, KEST_LEVEL_ERROR, kModule, kReader, "not scan_result reply\n");
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_ERROR, kLinkModule, kReader, "not scan_result reply\n");
     EXPECT_EQ(bench.wifi().esss_num, 1);
     bench.iface.isActived = 0;
     EXPECT_EQ(int_Movo_Net_Wpactrl_ScanResult(&bench.iface), 1);
-    EXPECT_LOGGED(bench.set, KEST_LEVEL_ERROR, kModule, kReader, "not actived yet");
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_ERROR, kLinkModule, kReader, "not actived yet");
     EXPECT_CALLBACKS(bench.set, {});
 }
 
@@ -191,7 +191,7 @@ TEST(Scan, IsEndedByItsTimeoutLikeByItsResult)
     EXPECT_EQ(sent(bench.supplicant), Lines{"SCAN"});
     bench.set.grantTicks(301);
     EXPECT_CALLBACKS(bench.set, {{kScanDone, "mlan0"}});
-    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kModule, "OnScanTimeoutEventRev", "wifi scan timeout\n");
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kLinkModule, "OnScanTimeoutEventRev", "wifi scan timeout\n");
     bench.set.grantTicks(400);
     EXPECT_CALLBACKS(bench.set, {});
 }

@@ -1,18 +1,18 @@
-#include "television.h"
+#include "stall.h"
 
-#include "movo_net_fg/fg.h"
 #include "movo_net_fl_common/dhcp.h"
 #include "movo_net_fl_eventloop/eventloop.h"
-#include "sim/world.h"
-#include "support/shared.h"
+#include "movo_net_fl_hostap/hostap.h"
 #include "unit/fg/every_call.h"
 
-#include <algorithm>
+#include <fcntl.h>
+#include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <movo_net.h>
-#include <set>
+#include <regex>
 #include <sstream>
+#include <unistd.h>
 
 // How long each public call and each handler waits when all it asks is as slow as it can be. The table in
 // docs/concurrency.md holds what is found here: whoever adds a wait sees its row fail.
@@ -24,168 +24,10 @@ namespace {
 using sim::Call;
 using sim::ThreadKind;
 
-constexpr int kExchangeMs = 15000;
-constexpr const char* kIf = "mlan0";
-
-/** Where a wait would hold up others. */
-struct NamedLock {
-    const char* name;
-    const Mutex* lock;
-};
-
-/** A television that has joined a network and has its lease; its DHCP client does not end by itself. */
-struct Slow {
-    Television television;
-    sim::Set& set = television.set;
-
-    Slow()
-    {
-        set.cable("eth0").plug();
-        set.dhcp(kIf).ignoresHangup();
-        set.dhcp("eth0").ignoresHangup();
-    }
-
-    void start()
-    {
-        television.startWith({Network{}});
-        EXPECT_EQ(Movo_NET_WifiSetKey(0, kIf, "Net", "correct horse", 13), 0);
-    }
-    void tryToJoin()
-    {
-        start();
-        EXPECT_EQ(Movo_NET_WifiConnectEss(0, kIf, "Net"), 0);
-    }
-    void join()
-    {
-        tryToJoin();
-        television.hears({kConnected});
-        set.dhcp(kIf).leases();
-    }
-
-    /** What threads of that kind wait for meanwhile, as a row of the table. */
-    std::string measure(const std::string& name, ThreadKind kind, const std::function<void()>& action)
-    {
-        m_kind = kind;
-        slowSupplicant();
-        slowMachine();
-        const int attached = television.supplicant.attached + television.supplicant.detached;
-        const std::int64_t before = set.waited(kind);
-        action();
-        set.settle();
-        const std::int64_t pauses = set.waited(kind) - before - std::int64_t{m_exchanges} * kExchangeMs;
-        m_exchanges += television.supplicant.attached + television.supplicant.detached - attached;
-        m_kind = ThreadKind::Any;
-        return "| " + name + " | " + seconds(std::int64_t{m_exchanges} * kExchangeMs + pauses) + " | " + parts(pauses) +
-               " | " + list(m_held) + " | " + list(m_taken) + " |";
-    }
-
-private:
-    std::vector<NamedLock> locks()
-    {
-        std::vector<NamedLock> all{
-            {"eventListLock", &eventListLock}, {"updateIfListLock", &updateIfListLock},
-            {"ifaceListLock", &ifaceListLock}, {"callbackListLock", &callbackListLock},
-            {"essListLock", &essListLock},     {"essTableLock", &essTableLock},
-        };
-        if (firstInterface() != nullptr && FindInterface(kIf) != nullptr) {
-            all.push_back({"Wpactrl_t.lock", &television.link().lock});
-            all.push_back({"MovoNetWifi_t.lock", &wifi_iface(&television.mlan0())->lock});
-        }
-        return all;
-    }
-
-    void note(int& count)
-    {
-        ++count;
-        for (const NamedLock& each : m_locks) {
-            if (set.holds(*each.lock)) {
-                m_held.insert(each.name);
-            }
-        }
-    }
-
-    /** Each exchange takes its longest, and what is tried again when the supplicant is busy is refused once. */
-    void slowSupplicant()
-    {
-        television.supplicant.onCommand = [this](const std::string& command) {
-            if (sim::selfKind() != m_kind) {
-                return;
-            }
-            note(m_exchanges);
-            set.spend(kExchangeMs);
-            const bool isQuestion =
-                command == "ADD_NETWORK" || command == "SCAN_RESULTS" || command.starts_with("WPS_PIN any");
-            m_busy = !m_busy && !isQuestion;
-            if (m_busy) {
-                television.supplicant.nextReplies.emplace_front("FAIL-BUSY\n");
-            }
-        };
-    }
-
-    void slowMachine()
-    {
-        m_locks = locks();
-        for (const auto& [call, count] : {std::pair{Call::System, &m_commands},
-                                          {Call::Popen, &m_commands},
-                                          {Call::Sync, &m_disks},
-                                          {Call::Fsync, &m_disks},
-                                          {Call::Sleep, &m_pauses}}) {
-            set.fail({.call = call, .thread = m_kind, .does = [this, to = count] { note(*to); }, .mayMiss = true});
-        }
-        for (const NamedLock& each : m_locks) {
-            set.fail({.call = Call::MutexLock,
-                      .object = each.lock,
-                      .size = sizeof(*each.lock),
-                      .thread = m_kind,
-                      .does = [this, name = each.name] { m_taken.insert(name); },
-                      .mayMiss = true});
-        }
-    }
-
-    static std::string seconds(std::int64_t ms)
-    {
-        std::ostringstream text;
-        text << static_cast<double>(ms) / 1000 << " s";
-        return text.str();
-    }
-
-    std::string parts(std::int64_t pauses) const
-    {
-        std::string text;
-        const auto add = [&text](const std::string& part) { text += (text.empty() ? "" : ", ") + part; };
-        const auto count = [&add](int number, const char* what) {
-            if (number > 0) {
-                add(std::to_string(number) + " " + what + (number > 1 ? "s" : ""));
-            }
-        };
-        count(m_exchanges, "exchange");
-        if (pauses > 0) {
-            add(seconds(pauses) + " of pauses");
-        }
-        count(m_commands, "command");
-        count(m_disks, "disk");
-        return text.empty() ? "–" : text;
-    }
-
-    static std::string list(const std::set<std::string>& names)
-    {
-        std::string text;
-        for (const std::string& name : names) {
-            text += (text.empty() ? "" : ", ") + name;
-        }
-        return text.empty() ? "–" : text;
-    }
-
-    ThreadKind m_kind = ThreadKind::Any;
-    std::vector<NamedLock> m_locks;
-    int m_exchanges = 0;
-    int m_commands = 0;
-    int m_disks = 0;
-    int m_pauses = 0;
-    bool m_busy = false;
-    std::set<std::string> m_held;
-    std::set<std::string> m_taken;
-};
+constexpr int kPassTicks = 10;
+constexpr const char* kGetName = "getprop persist.device_name";
+constexpr const char* kLeases = "/tmp/dnsmasq.leases";
+constexpr const char* kSoftApPipe = "/tmp/softapnotify.pipe.bcm0";
 
 struct Row {
     std::string name;
@@ -269,16 +111,105 @@ std::vector<Row> handlers()
     };
 }
 
-/** The table's row of that name. */
-std::string documented(const std::string& name)
+/** The pass that finds both interfaces gone, the cable and the dongle pulled. */
+void unplug(Slow& slow)
 {
-    std::ifstream file(DOCUMENTS_FOLDER "/concurrency.md");
-    for (std::string line; std::getline(file, line);) {
-        if (line.starts_with("| " + name + " |")) {
-            return line;
-        }
-    }
-    return "no row";
+    slow.set.cable("eth0").pull();
+    slow.set.iface(kIf).unplugDevice();
+    slow.set.grantTicks(kPassTicks);
+}
+
+/** The pass that finds them again, and joins the network. */
+void plug(Slow& slow)
+{
+    slow.set.addIface(kIf).wireless();
+    slow.set.cable("eth0").plug();
+    slow.set.grantTicks(kPassTicks);
+}
+
+/** The remembered network is not joined yet, and out of range so far. */
+void rejoin(Slow& slow)
+{
+    unplug(slow);
+    plug(slow);
+    slow.television.tells({});
+    EXPECT_EQ(Movo_NET_WifiUpdateEsss(0, kIf), 0);
+    slow.television.tells({Network{}});
+}
+
+void startAccessPoint(Slow& slow)
+{
+    slow.set.onCommand(kGetName).prints("MyTV\n");
+    slow.set.write(kLeases, ""); // its watch would look for the list for ever
+    EXPECT_EQ(Movo_Net_WiFi_HostAP_Start(0), 0);
+    slow.set.settle();
+    slow.set.grantTicks(1); // the loop takes the pipe up
+    EXPECT_EQ(Movo_Net_WiFi_HostAP_Status(0), 1);
+    slow.set.forget();
+}
+
+/** The start's thread, as long as the television has no name of its own; the watch that it makes is another thread. */
+void startNameless(Slow& slow)
+{
+    slow.set.onCommand(kGetName).prints("Lumenpoint\n");
+    slow.set.write(kLeases, "");
+    (void)s_SoftAP_Start(nullptr);
+    EXPECT_EQ(Movo_Net_WiFi_HostAP_Status(0), 1);
+}
+
+void stopAccessPoint(Slow&)
+{
+    EXPECT_EQ(Movo_Net_WiFi_HostAP_Stop(0), 0);
+    EXPECT_EQ(Movo_Net_WiFi_HostAP_Status(0), 0);
+}
+
+void changeLeases(Slow& slow, int failures)
+{
+    slow.set.fail({.call = Call::Open, .on = kLeases, .nth = 1, .times = failures, .error = EACCES});
+    slow.set.write(kLeases, "1795206803 02:00:00:00:02:00 192.168.255.182 phone1 *\n");
+    slow.set.watch(kLeases).modified();
+}
+
+/** The list can be opened at the last attempt. */
+void leaseToPhone(Slow& slow)
+{
+    changeLeases(slow, 9);
+    EXPECT_CALLBACKS(slow.set, {{sim::SOFTAPCONNECTED, "bcm0"}});
+}
+
+void hideLeases(Slow& slow)
+{
+    changeLeases(slow, 10);
+    EXPECT_CALLBACKS(slow.set, {});
+}
+
+void joinPhone(Slow& slow)
+{
+    const int pipe = open(slow.set.real(kSoftApPipe).c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC);
+    EXPECT_EQ(write(pipe, "up", 2), 2);
+    EXPECT_EQ(close(pipe), 0);
+    slow.set.settle();
+    EXPECT_CALLBACKS(slow.set, {{sim::SOFTAPSCAN, "bcm0"}});
+}
+
+std::vector<Row> passes()
+{
+    return {
+        {"`OnLinkStatusEventRev`, interfaces found", &Slow::join, ThreadKind::Loop, unplug, plug},
+        {"`OnLinkStatusEventRev`, interfaces removed", &Slow::join, ThreadKind::Loop, nothing, unplug},
+        direct("`OnFirstConnectTimeout`", &Slow::join, rejoin, OnFirstConnectTimeout),
+    };
+}
+
+std::vector<Row> accessPoint()
+{
+    return {
+        {"`s_SoftAP_Start`, its thread", &Slow::join, ThreadKind::Test, nothing, startNameless},
+        {"Movo_Net_WiFi_HostAP_Stop, running", &Slow::join, ThreadKind::Test, startAccessPoint, stopAccessPoint},
+        {"`SoftAP_GetConnection`, lease", &Slow::join, ThreadKind::Product, startAccessPoint, leaseToPhone},
+        {"`SoftAP_GetConnection`, no list", &Slow::join, ThreadKind::Product, startAccessPoint, hideLeases},
+        {"`OnSoftapEventRev`", &Slow::join, ThreadKind::Loop, startAccessPoint, joinPhone},
+    };
 }
 
 class StallTable : public testing::TestWithParam<Row> {};
@@ -292,15 +223,43 @@ TEST_P(StallTable, HasTheLongestWait)
         (slow.*row.prepare)();
     }
     row.before(slow);
-    EXPECT_EQ(documented(row.name), slow.measure(row.name, row.kind, [&] { row.action(slow); }));
+    EXPECT_EQ(documented(row.name + " |"), slow.measure(row.name, row.kind, [&] { row.action(slow); }));
 }
 INSTANTIATE_TEST_SUITE_P(Calls, StallTable, testing::ValuesIn(calls()));
 INSTANTIATE_TEST_SUITE_P(Handlers, StallTable, testing::ValuesIn(handlers()));
+INSTANTIATE_TEST_SUITE_P(LinkPass, StallTable, testing::ValuesIn(passes()));
+INSTANTIATE_TEST_SUITE_P(SoftAp, StallTable, testing::ValuesIn(accessPoint()));
 
 TEST(StallTableRows, AreThereForEveryPublicCall)
 {
     for (const std::string& name : declaredCalls()) {
-        EXPECT_TRUE(name == "WaitForChild2Exit" || documented(name) != "no row") << name;
+        EXPECT_TRUE(name == "WaitForChild2Exit" || documented(name + " |") != "no row") << name;
+    }
+}
+
+/** What the event loop calls, by their definitions. */
+std::vector<std::string> definedHandlers()
+{
+    static const std::regex definition(R"(RETURN_TYPE (On\w+)\(int)");
+    std::vector<std::string> names;
+    const std::filesystem::path library = std::filesystem::path(INCLUDE_FOLDER).parent_path();
+    for (const auto& each : std::filesystem::recursive_directory_iterator(library)) {
+        std::ifstream file(each.path());
+        for (std::string line; each.path().extension() == ".cpp" && std::getline(file, line);) {
+            if (std::smatch found; std::regex_search(line, found, definition)) {
+                names.push_back(found[1]);
+            }
+        }
+    }
+    return names;
+}
+
+TEST(StallTableRows, AreThereForEveryHandler)
+{
+    const std::vector<std::string> handlers = definedHandlers();
+    EXPECT_GE(handlers.size(), 8U);
+    for (const std::string& name : handlers) {
+        EXPECT_NE(documented("`" + name + "`"), "no row") << name;
     }
 }
 } // namespace

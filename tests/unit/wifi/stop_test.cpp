@@ -1,3 +1,4 @@
+#include "names.h"
 #include "television.h"
 
 #include <atomic>
@@ -12,23 +13,11 @@ using namespace movonet;
 // The stop forgets the remembered networks while the loop may still be at one. None of them may be lost.
 
 namespace {
-constexpr const char* kIf = "mlan0";
-constexpr const char* kFile = "/data/tv/save/saved_esss";
-constexpr const char* kBackup = "/data/tv/save/saved_esss_back";
-constexpr std::size_t kRecord = 152;
-
-void remember(const std::string& name)
-{
-    MovNetWifiEssItem_t ess{};
-    name.copy(ess.essid, MOVO_NET_ESSID_LENGTH);
-    EXPECT_EQ(int_Movo_Net_SaveEss(&ess), 0);
-}
-
 /** The names in a file of remembered networks. */
 Lines namesIn(const std::string& contents)
 {
     Lines names;
-    for (std::size_t at = 0; at + kRecord <= contents.size(); at += kRecord) {
+    for (std::size_t at = 0; at + kSavedRecord <= contents.size(); at += kSavedRecord) {
         names.emplace_back(contents.substr(at).c_str());
     }
     return names;
@@ -45,8 +34,8 @@ void waitUntil(const std::function<bool()>& condition)
 TEST(WifiStop, WhileANetworkIsBeingJoinedKeepsTheOthers)
 {
     Television television;
-    remember("B");
-    remember("A");
+    EXPECT_EQ(remember(networkNamed("B")), 0);
+    EXPECT_EQ(remember(networkNamed("A")), 0);
     freeSavedEsss(); // as after a restart
     television.startWith({{"Cafe", "[ESS]"}});
     ASSERT_EQ(Movo_NET_WifiConnectEss(0, kIf, "Cafe"), 0);
@@ -60,8 +49,8 @@ TEST(WifiStop, WhileANetworkIsBeingJoinedKeepsTheOthers)
     waitUntil([&] { return inside.load(); });
     EXPECT_EQ(television.set.stop(), 0);
     air.join();
-    EXPECT_EQ(namesIn(television.set.read(kFile)), (Lines{"Cafe", "A", "B"}));
-    EXPECT_EQ(television.set.read(kBackup), television.set.read(kFile));
+    EXPECT_EQ(namesIn(television.set.read(kSavedFile)), (Lines{"Cafe", "A", "B"}));
+    EXPECT_EQ(television.set.read(kSavedBackup), television.set.read(kSavedFile));
 }
 
 TEST(WifiStop, WhileANetworkIsSavedKeepsTheOthers)
@@ -71,14 +60,14 @@ TEST(WifiStop, WhileANetworkIsSavedKeepsTheOthers)
                       sim::Set set(seed);
                       MovoNetIface_t mlan0{};
                       std::strcpy(mlan0.name, kIf);
-                      remember("B");
-                      remember("A");
+                      EXPECT_EQ(remember(networkNamed("B")), 0);
+                      EXPECT_EQ(remember(networkNamed("A")), 0);
                       EXPECT_EQ(int_Movo_Net_InitWifi(&mlan0), 0);
-                      set.background([] { remember("Cafe"); });
+                      set.background([] { EXPECT_EQ(remember(networkNamed("Cafe")), 0); });
                       set.background([&mlan0] { EXPECT_EQ(int_Movo_Net_DeInitWifi(&mlan0), 0); });
                       set.joinBackground();
-                      EXPECT_EQ(namesIn(set.read(kFile)), (Lines{"Cafe", "A", "B"}));
-                      EXPECT_EQ(set.read(kBackup), set.read(kFile));
+                      EXPECT_EQ(namesIn(set.read(kSavedFile)), (Lines{"Cafe", "A", "B"}));
+                      EXPECT_EQ(set.read(kSavedBackup), set.read(kSavedFile));
                       discardWifi(mlan0);
                   }),
                   0)

@@ -66,7 +66,11 @@ struct Library {
             return nullptr;
         }
         supplicant.m_open.push_back(new wpa_ctrl{eventfd(0, EFD_NONBLOCK), false, false}); // as the library does
-        return supplicant.m_open.back();
+        wpa_ctrl* opened = supplicant.m_open.back();
+        if (supplicant.onOpened) {
+            supplicant.onOpened(opened->fd);
+        }
+        return opened;
     }
 
     void close(wpa_ctrl* connection)

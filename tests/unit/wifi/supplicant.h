@@ -54,6 +54,8 @@ struct Supplicant {
     std::function<void(const std::string& command)> afterCommand;
     /** Run before a connection is opened, on the caller's thread. */
     std::function<void()> onOpen;
+    /** Run when it is open, while programs still inherit it. */
+    std::function<void(int fd)> onOpened;
 
     Lines commands; ///< As they were sent.
     Lines opened;   ///< Paths.

@@ -1,4 +1,5 @@
 #include "bench.h"
+#include "names.h"
 #include "sim/plants.h"
 
 #include <gtest/gtest.h>
@@ -10,7 +11,6 @@ using namespace movonet;
 // The supplicant's process: adopted, launched and ended.
 
 namespace {
-constexpr const char* kModule = "movo_net_fl_wpactrl";
 }
 
 TEST(Shutdown, EndsTheSupplicantAndClosesBothConnections)
@@ -43,9 +43,9 @@ TEST_P(KillByPidFile, WhenTheSupplicantDoesNotObey)
     EXPECT_EQ(ShutdownWpactrl(&bench.iface), 0);
     EXPECT_EQ(bench.supplicant.closed, 2);
     const char* function = "Wpa_SetWpa_supplicantOff";
-    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kModule, function, "checking file /tmp/wpa_supplicant_mlan0.pid\n");
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kLinkModule, function, "checking file /tmp/wpa_supplicant_mlan0.pid\n");
     if (GetParam().told != nullptr) {
-        EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kModule, function, GetParam().told);
+        EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kLinkModule, function, GetParam().told);
     }
     if (*GetParam().command == '\0') {
         EXPECT_TRUE(bench.set.commands().empty());
@@ -70,7 +70,8 @@ TEST(OurOwnPid, IsNotKilledAsTheSupplicants)
     bench.set.write("/tmp/wpa_supplicant_mlan0.pid", pid + "\n");
     bench.set.onCommand("kill -9").prints("");
     EXPECT_EQ(ShutdownWpactrl(&bench.iface), 0);
-    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kModule, "Wpa_SetWpa_supplicantOff", "wpa_supplicant pid=" + pid + "\n");
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kLinkModule, "Wpa_SetWpa_supplicantOff",
+                  "wpa_supplicant pid=" + pid + "\n");
     EXPECT_TRUE(bench.set.commands().empty());
     EXPECT_EQ(bench.supplicant.closed, 2);
 }
@@ -84,7 +85,7 @@ TEST_P(PlantedSupplicantPid, KillsNobody)
     bench.set.onCommand("kill -9").prints("");
     sim::plant(bench.set, "/tmp/wpa_supplicant_mlan0.pid", GetParam(), "4711\n");
     EXPECT_EQ(ShutdownWpactrl(&bench.iface), 0);
-    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kModule, "Wpa_SetWpa_supplicantOff",
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kLinkModule, "Wpa_SetWpa_supplicantOff",
                   "checking file /tmp/wpa_supplicant_mlan0.pid\n");
     EXPECT_TRUE(bench.set.commands().empty());
     EXPECT_EQ(bench.supplicant.closed, 2);
@@ -101,13 +102,13 @@ TEST(SupplicantAtBoot, IsAdoptedWithinTwelveFailures)
     bench.set.onCommand("ps |grep wpa_supplicant").fails(256).times(12);
     for (int look = 0; look < 12; ++look) {
         EXPECT_EQ(Wpa_SetWpa_supplicantOn(&bench.iface), 1);
-        EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kModule, "Wpa_SetWpa_supplicantOn",
+        EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kLinkModule, "Wpa_SetWpa_supplicantOn",
                       "Wpa_supplicant is not running.wait_count " + std::to_string(look) + "\n");
     }
     bench.set.onCommand("ps |grep wpa_supplicant").prints("");
     EXPECT_EQ(Wpa_SetWpa_supplicantOn(&bench.iface), 0);
     EXPECT_EQ(Wpa_SetWpa_supplicantOn(&bench.iface), 0);
-    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kModule, "Wpa_SetWpa_supplicantOn",
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kLinkModule, "Wpa_SetWpa_supplicantOn",
                   "Wpa_supplicant is already running.\n");
 }
 
@@ -122,7 +123,7 @@ TEST(SupplicantAtBoot, KeepsRefusingAfterThirteenFailures)
     for (int look = 0; look < 3; ++look) {
         EXPECT_EQ(Wpa_SetWpa_supplicantOn(&bench.iface), 1);
     }
-    EXPECT_LOGGED(bench.set, KEST_LEVEL_ERROR, kModule, "Wpa_SetWpa_supplicantOn",
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_ERROR, kLinkModule, "Wpa_SetWpa_supplicantOn",
                   "Max wait count reached, Wpa_supplicant may not be launched\n");
 }
 
@@ -152,11 +153,12 @@ TEST_P(SupplicantTemplate, IsExpandedAndNeverAFormat)
     bench.set.onCommand(GetParam().command).prints("");
     EXPECT_EQ(Wpa_SetWpa_supplicantOn(&bench.iface), 0);
     EXPECT_RAN_IN_ORDER(bench.set, {"cp -f Misc/wpa_supplicant.conf /etc/", "sync", GetParam().command});
-    EXPECT_LOGGED(bench.set, KEST_LEVEL_ERROR, kModule, "Wpa_SetWpa_supplicantOn",
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_ERROR, kLinkModule, "Wpa_SetWpa_supplicantOn",
                   "Current WPA_Supplicant cmd is: " + GetParam().command + "\n");
-    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kModule, "Wpa_SetWpa_supplicantOn",
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kLinkModule, "Wpa_SetWpa_supplicantOn",
                   std::string("WPA_SUPPLICANT_STR: ") + GetParam().pattern + "\n");
-    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kModule, "Wpa_Wpa_supplicantIsOn", "Command: ps |grep wpa_supplicant\n");
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kLinkModule, "Wpa_Wpa_supplicantIsOn",
+                  "Command: ps |grep wpa_supplicant\n");
 }
 
 INSTANTIATE_TEST_SUITE_P(

@@ -1,5 +1,7 @@
 #include "bench.h"
+#include "names.h"
 
+#include <atomic>
 #include <gtest/gtest.h>
 #include <sched.h>
 
@@ -62,12 +64,6 @@ TEST(ReplacedTable, TakesNoPriorityForANetworkThatIsGone)
     EXPECT_EQ(int_Movo_NET_WifiSetPriorityEss(&bench.iface, "Net", 7), 1);
 }
 
-namespace {
-constexpr const char* kFile = "/tmp/wpa_scan_result";
-const std::string kTable =
-    "bssid / frequency / signal level / flags / ssid\n02:00:00:00:01:00\t2412\t-40\t[ESS]\tNet\n";
-} // namespace
-
 TEST(ResultFile, IsNotEmptiedByAnotherUpdateBeforeItIsRead)
 {
     Bench bench;
@@ -75,16 +71,41 @@ TEST(ResultFile, IsNotEmptiedByAnotherUpdateBeforeItIsRead)
     {
         const ScopedLock table(bench.wifi().lock); // where the first update waits with its results in the file
         bench.set.background([&bench] { EXPECT_EQ(int_Movo_Net_Wpactrl_ScanResult(&bench.iface), 0); });
-        while (!bench.set.exists(kFile) || bench.set.read(kFile) != kTable) {
+        while (!bench.set.exists(kScanFile) || bench.set.read(kScanFile) != kTable) {
             (void)sched_yield();
         }
-        bench.set.fail({.call = sim::Call::Write, .on = kFile, .nth = 1, .error = ENOSPC});
+        bench.set.fail({.call = sim::Call::Write, .on = kScanFile, .nth = 1, .error = ENOSPC});
         const sim::CapturedOutput output;
         EXPECT_EQ(int_Movo_Net_Wpactrl_ScanResult(&bench.iface), 1);
-        EXPECT_EQ(bench.set.read(kFile), "");
+        EXPECT_EQ(bench.set.read(kScanFile), "");
     }
     bench.set.joinBackground();
     ASSERT_EQ(bench.wifi().esss_num, 1);
     EXPECT_STREQ(bench.wifi().esss[0].essid, "Net");
     EXPECT_CALLBACKS(bench.set, {{sim::WIFIESSSUPDATED, "mlan0"}});
+}
+
+TEST(ResultFile, IsNotEmptiedBetweenItsWritingAndItsReading)
+{
+    Bench bench;
+    bench.supplicant.replies["SCAN_RESULTS"] = {kTable};
+    bench.set.write(kScanFile, "");
+    std::atomic<bool> begun = false;
+    bench.set.onLog([&](const sim::LogLine& line) { begun = begun || line.text == "reply: " + kTable + "\n"; });
+    bench.set.fail({.call = sim::Call::Write, .on = kScanFile, .nth = 2, .error = ENOSPC});
+    bench.set.fail({.call = sim::Call::Open, .on = kScanFile, .nth = 2, .does = [&] { // the first update's second look
+                        begun = false;
+                        bench.set.background([&] { EXPECT_EQ(int_Movo_Net_Wpactrl_ScanResult(&bench.iface), 1); });
+                        for (int yields = 0; !begun || yields < 1000; ++yields) {
+                            (void)sched_yield(); // the other one goes as far as it can
+                        }
+                        EXPECT_EQ(bench.set.read(kScanFile), kTable);
+                    }});
+    {
+        const sim::CapturedOutput output;
+        EXPECT_EQ(int_Movo_Net_Wpactrl_ScanResult(&bench.iface), 0);
+        bench.set.joinBackground();
+    }
+    EXPECT_EQ(bench.wifi().esss_num, 1);
+    EXPECT_EQ(bench.set.read(kScanFile), "");
 }

@@ -48,7 +48,7 @@ void Television::start()
     ASSERT_EQ(set.start(), 0);
     set.grantTicks(kPassTicks + 1); // the first look comes too early for the monitor's event
     ASSERT_NE(find(), nullptr);
-    ASSERT_EQ(get(mlan0().isActived), 1);
+    ASSERT_EQ(load(mlan0().isActived), 1);
 }
 
 void Television::startWith(const std::vector<Network>& networks)

@@ -1,7 +1,8 @@
 #include "bench.h"
 
 #include "movo_net_fl_eventloop/eventloop.h"
-#include "support/shared.h"
+#include "names.h"
+#include "support/atomic.h"
 
 #include <atomic>
 #include <gtest/gtest.h>
@@ -13,7 +14,6 @@ using namespace movonet;
 // The two time-outs of a supplicant's link, the questions about a connection, and the link's own life.
 
 namespace {
-constexpr const char* kModule = "movo_net_fl_wpactrl";
 const sim::Fault kNoMemoryForAnEvent{
     .call = sim::Call::Malloc, .thread = sim::ThreadKind::Test, .nth = 1, .error = ENOMEM};
 
@@ -62,7 +62,7 @@ TEST(ScanTimer, ReplacesTheEarlierOne)
 {
     Bench bench;
     ASSERT_EQ(Wpactrl_Add_ScanEvent(&bench.link(), 300), 0);
-    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kModule, "Wpactrl_Add_ScanEvent", "add scan timer event\n");
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kLinkModule, "Wpactrl_Add_ScanEvent", "add scan timer event\n");
     EXPECT_EQ(bench.link().isScanning, 1);
     bench.set.grantTicks(200);
     ASSERT_EQ(Wpactrl_Add_ScanEvent(&bench.link(), 300), 0);
@@ -81,7 +81,7 @@ TEST(ConnectTimer, ReplacesTheEarlierOneAndBeginsAnew)
     bench.link().handshake_fail_count = bench.link().disconnect_count = 7;
     bench.link().connectStatus = WPACTRL_STATUS_NONE;
     ASSERT_EQ(Wpactrl_Add_ConnectEvent(&bench.link(), 300), 0);
-    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kModule, "Wpactrl_Add_ConnectEvent", "add connect timer event\n");
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kLinkModule, "Wpactrl_Add_ConnectEvent", "add connect timer event\n");
     EXPECT_EQ(bench.link().connectStatus, WPACTRL_STATUS_CONNECTING);
     EXPECT_EQ(bench.link().handshake_fail_count, 0);
     EXPECT_EQ(bench.link().disconnect_count, 0);
@@ -96,7 +96,7 @@ TEST(ConnectTimer, OfAFirstConnectLastsThirtySecondsWhateverIsAsked)
     Bench bench;
     s_bFirstConnect = 1;
     ASSERT_EQ(Wpactrl_Add_ConnectEvent(&bench.link(), 5), 0);
-    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kModule, "Wpactrl_Add_ConnectEvent", "add first connect event\n");
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kLinkModule, "Wpactrl_Add_ConnectEvent", "add first connect event\n");
     EXPECT_EQ(bench.link().connectStatus, WPACTRL_STATUS_CONNECTING);
     bench.set.grantTicks(300);
     EXPECT_NE(bench.link().firstConnectHandle, 0);
@@ -249,7 +249,7 @@ TEST(RemoveNetwork, DuringALeaseLeavesNoneOfIt)
         for (int yields = 0; yields < 1000 && bench.set.liveThreads() > 1; ++yields) {
             (void)sched_yield(); // it goes as far as it can
         }
-        movonet::set(bench.iface.isConnected, kTrue);
+        movonet::store(bench.iface.isConnected, kTrue);
     }
     bench.set.joinBackground();
     EXPECT_EQ(bench.iface.isConnected, 0);

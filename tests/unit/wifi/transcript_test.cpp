@@ -1,4 +1,5 @@
-#include "support/shared.h"
+#include "names.h"
+#include "support/atomic.h"
 #include "television.h"
 
 #include <algorithm>
@@ -13,8 +14,6 @@ using namespace movonet;
 // same order, and makes of the events what is told to the application, remembered and done.
 
 namespace {
-constexpr const char* kIf = "mlan0";
-
 struct Line {
     enum class Kind { Send, Reply, Event, Other } kind;
     std::string text;
@@ -252,7 +251,7 @@ TEST(Transcript, OfHiddenNetworksThatAreFoundOrNot)
 {
     Television television;
     television.startWith({});
-    set(wifi_iface(&television.mlan0())->devType, _MOVO_NET_WIFI_BRCM_43242_); // it cannot cancel scans
+    store(wifi_iface(&television.mlan0())->devType, _MOVO_NET_WIFI_BRCM_43242_); // it cannot cancel scans
     const std::vector<Line> lines = linesOf("hidden_search.txt");
     int search = 0;
     for (const char* name : {"HiddenEmpty", "HiddenZeros", "NoSuchNet"}) {

@@ -4,6 +4,7 @@
 #include "movo_net_fl_common/dhcp.h"
 #include "movo_net_fl_eventloop/eventloop.h"
 
+#include <algorithm>
 #include <arpa/inet.h>
 #include <mutex>
 
@@ -35,8 +36,8 @@ std::string addressText(std::uint32_t address)
 
 bool isConnected(const MovoNetIface_t& iface)
 {
-    return get(iface.isConnected) && iface.type != _MOVO_NET_IFACE_LO_ &&
-           get(iface.ipStatus) != _MOVO_NET_IPSTATUS_DHCP_AUTOIP_;
+    return load(iface.isConnected) && iface.type != _MOVO_NET_IFACE_LO_ &&
+           load(iface.ipStatus) != _MOVO_NET_IPSTATUS_DHCP_AUTOIP_;
 }
 
 /**
@@ -47,26 +48,26 @@ bool isConnected(const MovoNetIface_t& iface)
 const MovoNetIface_t* bestConnected(Television& television)
 {
     const MovoNetIface_t* best = highestPriority(isConnected);
-    if (best == nullptr || get(best->gwv4) == 0 || !get(best->isActived)) {
+    if (best == nullptr || load(best->gwv4) == 0 || !load(best->isActived)) {
         return nullptr;
     }
     const sim::Iface kernel = television.set.iface(best->name);
-    return kernel.up() && kernel.address() == addressText(get(best->ipv4)) ? best : nullptr;
+    return kernel.up() && kernel.address() == addressText(load(best->ipv4)) ? best : nullptr;
 }
 
 // Each tells what does not hold; empty when it does.
 
 std::string state(Television& television)
 {
-    const WpactrlConnectStatus_e status = get(television.link().connectStatus);
+    const WpactrlConnectStatus_e status = load(television.link().connectStatus);
     const bool agrees = television.supplicant.attempts.agreesWith(status);
     return agrees ? "" : "the state " + std::to_string(status) + " is not what the commands and callbacks make of it";
 }
 
 std::string activation(Television& television)
 {
-    const bool active = get(television.mlan0().isActived) != kFalse;
-    return active && get(television.link().ctrl_conn) == nullptr ? "it is active without its supplicant" : "";
+    const bool active = load(television.mlan0().isActived) != kFalse;
+    return active && load(television.link().ctrl_conn) == nullptr ? "it is active without its supplicant" : "";
 }
 
 std::string timers(Television& /*television*/)
@@ -85,7 +86,7 @@ std::string route(Television& television)
     if (best == nullptr) {
         return "";
     }
-    const std::string wanted = addressText(get(best->gwv4)) + " dev " + best->name;
+    const std::string wanted = addressText(load(best->gwv4)) + " dev " + best->name;
     const Lines routes = television.set.defaultRoutes();
     return routes == Lines{wanted} ? "" : "the default route is not " + wanted;
 }
@@ -96,9 +97,34 @@ std::string resolver(Television& television)
     if (best == nullptr) {
         return "";
     }
-    const std::string wanted = "nameserver " + addressText(get(best->dns1v4)) + "\n";
+    const std::string wanted = "nameserver " + addressText(load(best->dns1v4)) + "\n";
     const bool found = television.set.read("/etc/resolv.conf").starts_with(wanted);
     return found ? "" : "the resolver does not begin with " + wanted;
+}
+
+std::string routing(Television& television)
+{
+    const std::string broken = route(television);
+    return broken.empty() ? resolver(television) : broken;
+}
+
+using Ifaces = std::vector<const MovoNetIface_t*>;
+
+/** The interfaces that a retry has brought back: connected, but not active. */
+Ifaces revived()
+{
+    Ifaces ifaces;
+    for (const MovoNetIface_t* iface = firstInterface(); iface != nullptr; iface = nextInterface(iface)) {
+        if (load(iface->isConnected) && !load(iface->isActived)) {
+            ifaces.push_back(iface);
+        }
+    }
+    return ifaces;
+}
+
+bool isRemoved(const MovoNetIface_t* iface)
+{
+    return !load(iface->isConnected) && !load(iface->isActived) && !load(iface->isAvailable);
 }
 
 std::string locks(Television& television)
@@ -176,6 +202,10 @@ public:
                 return false;
             }
         }
+        if (const std::string broken = brokenRouting(); !broken.empty()) {
+            ADD_FAILURE() << broken;
+            return false;
+        }
         const std::size_t now = allocated(m_television);
         m_before = halfWay ? now : m_before;
         if (m_before != 0 && now > m_before + kMostGrowth) {
@@ -192,8 +222,19 @@ public:
     }
 
 private:
+    /** The removal of a revived interface leaves its route in place until the best interface is chosen again. */
+    std::string brokenRouting()
+    {
+        const std::string broken = routing(m_television);
+        m_routeIsLeft = !broken.empty() && (m_routeIsLeft || std::ranges::any_of(m_revived, isRemoved));
+        m_revived = revived();
+        return m_routeIsLeft ? "" : broken;
+    }
+
     Television m_television;
     std::size_t m_before = 0;
+    Ifaces m_revived; ///< After the step before.
+    bool m_routeIsLeft = false;
 };
 
 bool isBy(const Step& step, Actor actor)
@@ -204,7 +245,7 @@ bool isBy(const Step& step, Actor actor)
 
 Walked walk(const Trace& trace)
 {
-    static constexpr Check kChecks[] = {problems, state, activation, timers, route, resolver, locks, descriptors};
+    static constexpr Check kChecks[] = {problems, state, activation, timers, locks, descriptors};
     Walker walker(0);
     std::size_t done = 0;
     for (bool sound = true; sound && done < trace.size();) {
@@ -217,7 +258,7 @@ Walked walk(const Trace& trace)
 
 Walked walkTogether(const Trace& trace, unsigned seed)
 {
-    static constexpr Check kChecks[] = {problems, timers, route, resolver, locks, descriptors};
+    static constexpr Check kChecks[] = {problems, timers, locks, descriptors};
     Walker walker(seed);
     walker.television().supplicant.attempts.lookAway();
     std::size_t done = 0;

@@ -1,6 +1,7 @@
+#include "names.h"
 #include "walk.h"
 
-#include "support/shared.h"
+#include "support/atomic.h"
 
 #include <algorithm>
 #include <arpa/inet.h>
@@ -14,7 +15,6 @@ using namespace movonet;
 
 namespace wifi {
 namespace {
-constexpr const char* kIf = "mlan0";
 const sim::Lease kWired{};
 const sim::Lease kWireless{"10.0.3.15", "255.255.255.0", "10.0.3.2", "10.0.3.3", "air"};
 
@@ -97,7 +97,7 @@ void dhcp(Television& television, int number)
     const char* ifname = number % 2 == 0 ? kIf : "eth0";
     const MovoNetIface_t* iface = FindInterface(ifname);
     sim::DhcpClient client = television.set.dhcp(ifname);
-    if (iface == nullptr || get(iface->dhcpcfd) < 0 || !client.running()) {
+    if (iface == nullptr || load(iface->dhcpcfd) < 0 || !client.running()) {
         return;
     }
     if (number < 4) {

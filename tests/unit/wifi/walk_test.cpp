@@ -94,6 +94,14 @@ TEST(AWalk, MeetsEveryEndOfAnAttempt)
     EXPECT_GT(walked.resets, 0);
 }
 
+/** A retry brings the disabled eth0 back, and the pass that removes it leaves its route in place. */
+TEST(AWalk, KeepsTheRouteOfARevivedInterfaceThatIsRemoved)
+{
+    const auto trace = parseTrace("mode:1 cable:0 dhcp:5 react:7 dhcp:1 iface:1 cable:0 join:0 event:6 dhcp:3 cable:1");
+    ASSERT_TRUE(trace);
+    EXPECT_EQ(walk(*trace).steps, static_cast<int>(trace->size()));
+}
+
 TEST(WalkTrace, ReadsWhatItWrites)
 {
     const Trace trace = randomTrace(7, 100);

@@ -1,4 +1,5 @@
 #include "bench.h"
+#include "names.h"
 
 #include <climits>
 #include <gtest/gtest.h>
@@ -7,10 +8,6 @@ using namespace wifi;
 using namespace movonet;
 
 // WPS and the search for a hidden network: what fails, in which words, and what is left then.
-
-namespace {
-constexpr const char* kModule = "movo_net_fl_wpactrl";
-} // namespace
 
 TEST(WpsButton, ThatTheSupplicantRefusesArmsNothing)
 {
@@ -296,7 +293,7 @@ TEST(HiddenSearch, SpeaksSofterOfAFailedRemoval)
     Bench bench;
     bench.set.failLock(bench.link().lock, 1);
     EXPECT_EQ(int_Movo_Net_Wpactrl_SearchHideEss(&bench.iface, "Hidden"), 0);
-    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kModule, "int_Movo_Net_Wpactrl_SearchHideEss",
+    EXPECT_LOGGED(bench.set, KEST_LEVEL_INFO, kLinkModule, "int_Movo_Net_Wpactrl_SearchHideEss",
                   "[REMOVE_NETWORK] failed\n");
 }
 

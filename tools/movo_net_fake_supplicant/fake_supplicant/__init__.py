@@ -1,0 +1,1 @@
+"""The parts of movo_net_fake_supplicant."""
