@@ -107,7 +107,7 @@ std::string noWireless(const Failed& failed)
     if (ifname.empty()) {
         return "no wireless interface; there are " + enumerated(interfaceNames());
     }
-    if (const std::string unknown = known(ifname); !unknown.empty()) {
+    if (std::string unknown = known(ifname); !unknown.empty()) {
         return unknown;
     }
     MovoNetIfaceType_e type{};
