@@ -118,7 +118,7 @@ def test_rules_stand_beside_access_points_and_come_first(fake, tmp_path):
         wifi list
         wifi join "Café \\"1\\"" 12345678
     """, "--script", script)
-    assert status == 0 and output.endswith("1 failure\n"), output
+    assert status == 0 and output.endswith("1 failure\n  the supplicant refused; the log names the command\n"), output
     assert re.search(r'^Café "1" +02:00:00:00:00:01 +-50 +36 +wpa2-psk', output, re.M), output
 
 

@@ -22,7 +22,7 @@ struct Meaning {
     const char* text;
 };
 constexpr Meaning kMeanings[] = {
-    {"start", 1, "the log names the step that failed"},
+    {"start", 1, "the log names the step that failed, or who hosts the glue already"},
     {"stop", 1, "it was stopped before"},
     {"callback", 1, "the glue was stopped"},
     {"resource set", 1, "the resource is 65536, for one client at most"},
@@ -107,7 +107,7 @@ std::string noWireless(const Failed& failed)
     if (ifname.empty()) {
         return "no wireless interface; there are " + enumerated(interfaceNames());
     }
-    if (const std::string unknown = known(ifname); !unknown.empty()) {
+    if (std::string unknown = known(ifname); !unknown.empty()) {
         return unknown;
     }
     MovoNetIfaceType_e type{};

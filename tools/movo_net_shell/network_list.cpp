@@ -118,6 +118,7 @@ std::vector<Row> readRows(const Screen& screen, const std::string& ifname, const
 std::string headOf(const std::vector<Column>& columns)
 {
     std::vector<std::string> labels;
+    labels.reserve(columns.size());
     for (const Column& each : columns) {
         labels.emplace_back(each.fact->label);
     }

@@ -56,7 +56,7 @@ std::optional<std::string> askSecret(Console& console, const std::string& questi
 {
     const EchoOff silent(console.input());
     console.print("%s", question.c_str());
-    const auto line = readLine(console);
+    auto line = readLine(console);
     console.print("\n");
     return line;
 }

@@ -44,7 +44,8 @@ TEST(ShellStart, ThatFailsInstallsTheCallbackAndCountsAUser)
 {
     fake::returns("Movo_NET_Glue_Init", 1);
     const Played played = play("stop\nstart\n");
-    EXPECT_EQ(played.output, "0 success\n1 failure\n  the log names the step that failed\n");
+    EXPECT_EQ(played.output,
+              "0 success\n1 failure\n  the log names the step that failed, or who hosts the glue already\n");
     EXPECT_EQ(count("Movo_NET_InstallCallback"), 1);
     EXPECT_EQ(count("Movo_NET_Glue_Exit"), 2);
 }
