@@ -74,7 +74,8 @@ class VirtualSet:
            the set; the others cannot.
     chip   Whether a USB device stands for a Wi-Fi chip; `Air` gives it its radio.
     limit  Seconds of this computer after which the machine is killed, whatever it does.
-    data   Folder of this computer that is the machine's /data and outlives it; without one /data is gone at its end.
+    data   Folder of this computer that is the machine's /data, but for /data/wifi, and outlives it; without one /data is
+           gone at its end.
     clock  "real", or "own": a second of the machine is then a number of instructions, and time in which it only waits is
            skipped. What happens in the machine does not depend on the speed of this computer; scenarios run like that.
     """

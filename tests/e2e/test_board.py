@@ -124,6 +124,23 @@ def test_the_access_point_takes_a_few_stations(services):
     assert conf.read_text() == "interface=bcm0\nchannel=0\nmax_num_sta=5\n"
 
 
+def test_the_access_point_takes_the_channel_of_the_station_whatever_its_network_is_called(services, tmp_path):
+    (tmp_path / "programs/iw").write_text(
+        "#!/bin/sh\nprintf '\tssid channel 7 up\n\tchannel 1 (2412 MHz), width: 20 MHz\n'\n")
+    conf = pathlib.Path(services("hostapd", "1")[-1])
+    assert conf.read_text() == "interface=bcm0\nchannel=1\nmax_num_sta=5\n"
+
+
+def test_the_access_point_that_does_not_start_says_why(services, tmp_path, capfd):
+    (tmp_path / "state").mkdir()
+    (tmp_path / "state/hostapd.log").write_text("of another start\n")
+    (tmp_path / "programs/hostapd").write_text('#!/bin/sh\necho "no socket" >> "$5"\nexit 1\n')
+    with pytest.raises(subprocess.CalledProcessError):
+        services("hostapd", "1")
+    assert capfd.readouterr().err == "no socket\n"
+    assert not (tmp_path / "hostapd_cli").exists()
+
+
 def test_the_supplicant_protects_management_frames_where_it_can():
     assert "pmf=1" in (BOARD / "Misc/wpa_supplicant.conf").read_text().splitlines()
 

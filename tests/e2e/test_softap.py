@@ -5,6 +5,8 @@ import re
 import pytest
 from wireless import WirelessTelevision
 
+from virtualset import Air, VirtualSet
+
 BEGIN = "expect IFFOUND mlan0 20\nap start\n"
 GONE = """
 setprop dnsmasq.enable 0
@@ -113,6 +115,42 @@ def test_the_station_stays_joined_beside_the_phone(ap_tv, air):
     """, seconds=150)
     assert "hello from MyTV\n" in output
     assert re.findall(r"^channel \d+$", output, re.M) == ["channel 1"]
+
+
+def test_beside_networks_on_many_channels_before_and_after_the_station_leaves(switched_on, tmp_path):
+    """On a television whose /data is a folder of the host, as for ./run. Its clock does not know how long that takes to
+    write: the limits are there for what hangs."""
+    with VirtualSet(nics=["cable"], chip=True, data=tmp_path, clock="own") as machine:
+        tv = WirelessTelevision(machine)
+        switched_on.append(tv)
+        air = Air(machine, "home")
+        air.appear()
+        tv.unplug("eth0")
+        machine.check("/movo/board/start_supplicant; setprop persist.device_name MyTV")
+        output = tv.play("""
+            expect IFFOUND mlan0 300
+            wifi scan
+            expect WIFISCANDONE mlan0 300
+            wifi update
+            wifi join "My Home Net" "correct horse"
+            expect DHCP_SUCCESS mlan0 300
+            ap start
+            phone 1 join MyTV
+            expect SOFTAPCONNECTED bcm0 300
+            ap status
+            fetch 192.168.21.1
+            channels
+            ap stop
+            wifi leave
+            expect IFDISCONNECTED mlan0 300
+            ap start
+            phone 2 join MyTV
+            expect SOFTAPCONNECTED bcm0 300
+            ap status
+        """, seconds=900)
+    assert re.findall(r"^channel \d+$", output, re.M) == ["channel 1"]
+    assert address_of(output, 1) != address_of(output, 2)
+    assert output.count("1 yes\n  network  MyTV\\x0a\n") == 2
 
 
 def test_wake_up_is_armed_as_the_marker_says(tv):
