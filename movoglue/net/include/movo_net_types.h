@@ -91,12 +91,13 @@ typedef enum MovoNetWifiDevType_e MOVO_NET_ENUM32 {
  * WIFIBADKEY is about the network that was being joined, whose name no call returns. It is that of the last
  * `Movo_NET_WifiConnectEss` or `Movo_NET_WifiStartWpsConnection` that returned 0: keep it. It also comes when nobody
  * asked for a join: for a network that was joined, then lost, and is being joined again; and after an interface came
- * up, for a remembered network that it rejoins by itself. One failed handshake is enough, and a disturbed radio can
- * fail it with the right key: try a key that has worked before once more. The network is removed when the callback
- * returns; what is remembered stays.
+ * up, for a remembered network that it rejoins by itself, and again 30 s later. One failed handshake is enough, and a
+ * disturbed radio can fail it with the right key: try a key that has worked before once more. The network is removed
+ * when the callback returns; what is remembered stays.
  */
 typedef enum MovoNetCBReason_e MOVO_NET_ENUM32 {
-    /** An interface is being brought up: its cable is in, or its Wi-Fi chip and supplicant are there. */
+    /** An interface was brought up: its cable is in, or its Wi-Fi is ready. Comes after the report of a static address.
+     */
     _MOVO_NET_CALLBACK_IFFOUND_ = 0,
     /** The cable was pulled, or the Wi-Fi interface went away. The address goes after the callback. */
     _MOVO_NET_CALLBACK_IFREMOVED_ = 1,
