@@ -16,6 +16,21 @@ static void showAddress(const char* ifname)
     }
 }
 
+// Whatever came before the callback was installed is seen here.
+static void lookAround()
+{
+    int count = 0;
+    (void)Movo_NET_GetNumOfIfaces(0, &count);
+    for (int i = 0; i < count; i++) {
+        char ifname[9];
+        kest_bool connected = 0;
+        if (Movo_NET_GetIfaceName(0, i, 8, ifname) == 0 && Movo_NET_IsConnected(0, ifname, &connected) == 0 &&
+            connected) {
+            showAddress(ifname);
+        }
+    }
+}
+
 // Runs on the thread that reports; every call but start, stop and wait may be made here.
 static void onEvent(MovoNetCBReason_e reason, void* /*context*/, void* param)
 {
@@ -39,6 +54,7 @@ int main()
     if (Movo_NET_Glue_Init() != 0 || Movo_NET_InstallCallback(0, onEvent, nullptr, &id) != 0) {
         return 1;
     }
+    lookAround();
     std::this_thread::sleep_for(std::chrono::minutes(1));
     return Movo_NET_Glue_Exit();
 }

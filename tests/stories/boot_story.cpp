@@ -1,6 +1,6 @@
 #include "sim/sim.h"
 
-#include <movo_net_core.h>
+#include <movo_net.h>
 
 using namespace sim;
 
@@ -65,4 +65,27 @@ TEST(Boot, LosesOneSecondToALateLoop)
     EXPECT_TRUE(set.dhcp("eth0").running());
     set.dhcp("eth0").leases();
     EXPECT_CALLBACKS(set, {{IPCHANGED, "eth0"}, {DHCP_SUCCESS, "eth0"}});
+}
+
+// A callback can be installed when the start has returned; what it has missed is the state of the interfaces.
+TEST(Boot, IsSeenInTheStateByWhoInstallsTheCallbackAfterIt)
+{
+    std::vector<MovoNetCBReason_e> heard;
+    Set set;
+    set.cable("eth0").plug();
+    ASSERT_EQ(Movo_NET_Glue_Init(), 0);
+    int id = -1;
+    const auto hear = [](MovoNetCBReason_e reason, void* context, void*) {
+        static_cast<std::vector<MovoNetCBReason_e>*>(context)->push_back(reason);
+    };
+    ASSERT_EQ(Movo_NET_InstallCallback(0, hear, &heard, &id), 0);
+    EXPECT_EQ(Movo_NET_IsActivedIface(0, "eth0"), 1);
+    set.settle();
+    EXPECT_EQ(heard, std::vector<MovoNetCBReason_e>{}) << "IFFOUND came before";
+
+    set.dhcp("eth0").leases();
+    EXPECT_EQ(heard, (std::vector<MovoNetCBReason_e>{IPCHANGED, DHCP_SUCCESS}));
+    kest_bool connected = 0;
+    EXPECT_EQ(Movo_NET_IsConnected(0, "eth0", &connected), 0);
+    EXPECT_EQ(connected, 1);
 }

@@ -1,7 +1,9 @@
 #include "sim/sim.h"
 
+#include "movo_net_fg/fg.h"
 #include "movo_net_internal.h"
 
+#include <arpa/inet.h>
 #include <atomic>
 #include <csignal>
 #include <fstream>
@@ -159,6 +161,75 @@ TEST(TwoModeChanges, EndTheSameInBothOrders)
                   0)
             << "seed " << seed;
     }
+}
+
+/** The addresses that an application reads when it hears of a static one. */
+class StaticAddresses {
+public:
+    explicit StaticAddresses(Set& set)
+    {
+        set.onCallback([this](MovoNetCBReason_e reason, void*) {
+            unsigned int ip = 0, mask = 0, gateway = 0, dns1 = 0, dns2 = 0;
+            if (reason == STATICIP_SUCCESS && Movo_NET_GetIP(0, "eth0", &ip, &mask, &gateway, &dns1, &dns2) == 0) {
+                m_heard.push_back(ip);
+            }
+        });
+    }
+    std::vector<unsigned int> heard() const { return m_heard; }
+
+private:
+    std::vector<unsigned int> m_heard; // configuration threads work one at a time
+};
+
+const unsigned int kLease = inet_addr("10.0.2.15");
+const unsigned int kWanted = inet_addr("10.0.2.77");
+
+void giveStaticAddress()
+{
+    EXPECT_EQ(Movo_NET_ConfigIPStatic(0, "eth0", kWanted, inet_addr("255.255.255.0"), inet_addr("10.0.2.2"),
+                                      inet_addr("10.0.2.3"), 0),
+              0);
+}
+
+TEST(StaticAddress, GivenRightBeforeItsModeIsReportedTwice)
+{
+    Set set;
+    boot(set);
+    const StaticAddresses addresses(set);
+    {
+        // The first thread saves first: it waits until the mode is set, however late that is.
+        const movonet::ScopedLock held(movonet::ifaceListLock);
+        giveStaticAddress();
+        change(_MOVO_NET_IPMODE_STATIC_);
+    }
+    set.settle();
+    EXPECT_EQ(addresses.heard(), (std::vector<unsigned int>{kWanted, kWanted}));
+    EXPECT_EQ(set.iface("eth0").address(), "10.0.2.77");
+}
+
+TEST(StaticAddress, GivenLongBeforeItsModeIsReportedOnce)
+{
+    Set set;
+    boot(set);
+    const StaticAddresses addresses(set);
+    giveStaticAddress();
+    set.settle();
+    EXPECT_CALLBACKS(set, {{IPCHANGED, "eth0"}});
+    change(_MOVO_NET_IPMODE_STATIC_);
+    set.settle();
+    EXPECT_EQ(addresses.heard(), std::vector<unsigned int>{kWanted});
+}
+
+TEST(StaticAddress, GivenAfterItsModeMayComeAfterThatOfTheLease)
+{
+    Set set;
+    boot(set);
+    const StaticAddresses addresses(set);
+    change(_MOVO_NET_IPMODE_STATIC_);
+    set.settle();
+    giveStaticAddress();
+    set.settle();
+    EXPECT_EQ(addresses.heard(), (std::vector<unsigned int>{kLease, kWanted}));
 }
 
 TEST(DisableAll, LeavesTheAddressInPlace)

@@ -86,6 +86,28 @@ TEST_F(Retries, StopAfterTheSixthOfAServerThatNeverAnswers)
     EXPECT_TRUE(client.running());
 }
 
+TEST_F(Retries, ThatAreUsedUpLeaveOneStartToEachDisableAndEnable)
+{
+    for (const int ticks : {10, 200, 3000, 6000, 6000, 6000}) {
+        clientGivesUp();
+        expectRetryAfter(ticks);
+    }
+    clientGivesUp();
+    const int launches = client.launches();
+    EXPECT_EQ(Movo_NET_ConfigIPMode(0, "eth0", _MOVO_NET_IPMODE_DHCP_), 0); // the mode that it has
+    set.grantTicks(10);
+    EXPECT_EQ(client.launches(), launches);
+
+    for (int more = 1; more <= 2; ++more) {
+        EXPECT_EQ(Movo_NET_DisableIface(0, "eth0"), 0);
+        EXPECT_EQ(Movo_NET_EnableIface(0, "eth0"), 0);
+        EXPECT_EQ(client.launches(), launches + more);
+        clientGivesUp();
+        set.grantTicks(6001);
+        EXPECT_EQ(client.launches(), launches + more);
+    }
+}
+
 TEST_F(Retries, LeaveTheWorkToTheLinkPassWhenTheCableIsOut)
 {
     set.dhcp("eth0").leases();

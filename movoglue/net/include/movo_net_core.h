@@ -22,7 +22,8 @@ extern "C" {
 
 /**
  * Log category of the whole glue. The program that hosts the glue sets it before the start, once, with
- * `kest_debug_category_new`; while it is NULL the platform's default category is used.
+ * `kest_debug_category_new`; while it is NULL the platform's default category is used. Neither this nor
+ * `kest_debug_init` is needed: without them the glue logs its errors, under the default category.
  */
 extern kest_debug_category* movoglue_net_debug;
 
@@ -43,7 +44,10 @@ extern kest_uint8 g_NetworkLinkType;
  * @par Threads    Any, not from inside the callback. Callers that come while another starts wait for it.
  * @par Locks      The event loop is held off during the first look; ifaceListLock while links are looked at.
  * @par Callbacks  An installed callback is cleared first; one that is installed while the start runs gets IFFOUND for
- * each interface brought up.
+ * each interface brought up. To miss nothing, install it as soon as this has returned, and then read the state of each
+ * interface once: `Movo_NET_GetNumOfIfaces`, `Movo_NET_GetIfaceName`, `Movo_NET_IsActivedIface` for an IFFOUND that
+ * came too early, `Movo_NET_IsConnected` and `Movo_NET_GetIP` for an address. What changes after that is reported; a
+ * change in between may be seen both ways.
  */
 RETURN_TYPE Movo_NET_Glue_Init(void);
 
@@ -141,7 +145,7 @@ RETURN_TYPE Movo_NET_SetNetworkToModeVirgin(kest_sint32 appid);
  * @param[in]  context   Handed to the callback; the caller's, must live until the callback is taken away.
  * @param[out] cbid      0. Must not be NULL.
  *
- * @retval 0  Installed; also before the start, which clears it.
+ * @retval 0  Installed; also before the start, which clears it: see `Movo_NET_Glue_Init` for how to miss nothing.
  * @retval 1  The glue was stopped.
  * @retval 5  `cbid` is NULL.
  *

@@ -47,7 +47,8 @@ RETURN_TYPE Movo_NET_GetNumOfIfaces(kest_sint32 appid, int* retval);
 RETURN_TYPE Movo_NET_GetIfaceName(kest_sint32 appid, int ifidx, int length, char* retval);
 
 /**
- * Reads what an interface is.
+ * Reads what an interface is. The Wi-Fi interface is the one that the kernel listed in `/proc/net/wireless` when the
+ * glue first saw it; the configuration file keeps that. There is one, mlan0: the supplicant's socket has that name.
  *
  * @param[in]  appid   Ignored.
  * @param[in]  ifname  The interface.

@@ -16,7 +16,8 @@ extern "C" {
 
 /**
  * Changes how an interface gets its address, saves the configuration and configures an active interface anew on a
- * thread of its own. The mode that is set already is left alone: nothing is saved or configured.
+ * thread of its own. The mode that is set already is left alone: nothing is saved, configured or reported. For a static
+ * address call `Movo_NET_ConfigIPStatic` first: what is stored when the thread gets there is applied.
  *
  * @param[in] appid   Ignored.
  * @param[in] ifname  The interface.
@@ -91,6 +92,12 @@ RETURN_TYPE Movo_NET_GetIP(kest_sint32 appid, const char* ifname, unsigned int* 
  * Stores the addresses of the static modes, saves the configuration and configures an active interface anew on a thread
  * of its own, whatever its mode; the mode is not changed. A lease overwrites what was stored. While a DHCP client runs,
  * the kernel's address is cleared, and stays so until the client sets one again.
+ *
+ * From DHCP to a static address: this first, `Movo_NET_ConfigIPMode` right after it. In the other order the addresses
+ * of the last lease, or none, may be applied before these. Each of the two calls has its own thread, one after the
+ * other, and each applies what is stored when its turn comes: mostly both find the static mode and these addresses, so
+ * that STATICIP_SUCCESS comes twice. Do not count them; read `Movo_NET_GetIP` at each. In a static mode this call alone
+ * is enough, and STATICIP_SUCCESS comes once.
  *
  * @param[in] appid    Ignored.
  * @param[in] ifname   The interface.

@@ -85,25 +85,53 @@ typedef enum MovoNetWifiDevType_e MOVO_NET_ENUM32 {
     _MOVO_NET_WIFI_BRCM_LITEON_43569_ = 6
 } MovoNetWifiDevType_e;
 
-/** Why the application is called back. */
+/**
+ * Why the application is called back; the record names the interface.
+ *
+ * WIFIBADKEY is about the network that was being joined, whose name no call returns. It is that of the last
+ * `Movo_NET_WifiConnectEss` or `Movo_NET_WifiStartWpsConnection` that returned 0: keep it. It also comes when nobody
+ * asked for a join: for a network that was joined, then lost, and is being joined again; and after an interface came
+ * up, for a remembered network that it rejoins by itself, and again 30 s later. One failed handshake is enough, and a
+ * disturbed radio can fail it with the right key: try a key that has worked before once more. The network is removed
+ * when the callback returns; what is remembered stays.
+ */
 typedef enum MovoNetCBReason_e MOVO_NET_ENUM32 {
+    /** An interface was brought up: its cable is in, or its Wi-Fi is ready. Comes after the report of a static address.
+     */
     _MOVO_NET_CALLBACK_IFFOUND_ = 0,
+    /** The cable was pulled, or the Wi-Fi interface went away. The address goes after the callback. */
     _MOVO_NET_CALLBACK_IFREMOVED_ = 1,
+    /** A Wi-Fi network was left or lost, or a lease was lost or did not come within 90 s. */
     _MOVO_NET_CALLBACK_IFDISCONNECTED_ = 2,
+    /** A Wi-Fi network was joined. It has no address yet. */
     _MOVO_NET_CALLBACK_IFCONNECTED_ = 3,
+    /** Never sent. */
     _MOVO_NET_CALLBACK_IFACTIVED_ = 4,
+    /** Never sent. */
     _MOVO_NET_CALLBACK_IFDEACTIVED_ = 5,
+    /** The address may be another one: read it. Mostly STATICIP_SUCCESS or DHCP_SUCCESS follows. */
     _MOVO_NET_CALLBACK_IPCHANGED_ = 6,
+    /** A scan has ended: `Movo_NET_WifiUpdateEsss` reads what it found. */
     _MOVO_NET_CALLBACK_WIFISCANDONE_ = 7,
+    /** `Movo_NET_WifiUpdateEsss` has read the table of networks. */
     _MOVO_NET_CALLBACK_WIFIESSSUPDATED_ = 8,
+    /** A network refused the key; see above. */
     _MOVO_NET_CALLBACK_WIFIBADKEY_ = 9,
+    /** A network was not joined in time, or gave no address. It is removed. */
     _MOVO_NET_CALLBACK_WIFITIMEOUT_ = 10,
+    /** A device joined the soft access point. */
     _MOVO_NET_CALLBACK_SOFTAPSCAN_ = 11,
+    /** The soft access point's list of leases was written. */
     _MOVO_NET_CALLBACK_SOFTAPCONNECTED_ = 12,
+    /** A device left the soft access point. */
     _MOVO_NET_CALLBACK_SOFTAPDISCONNECTED_ = 13,
+    /** A static configuration was applied. Why it may come twice: `Movo_NET_ConfigIPStatic`. */
     _MOVO_NET_CALLBACK_STATICIP_SUCCESS_ = 14,
+    /** A static configuration was refused at some step; the steps before it stay. */
     _MOVO_NET_CALLBACK_STATICIP_FAILED_ = 15,
+    /** There is a lease. */
     _MOVO_NET_CALLBACK_DHCP_SUCCESS_ = 16,
+    /** After a change of mode or addresses: no DHCP client could be started, or no Wi-Fi network is joined. */
     _MOVO_NET_CALLBACK_DHCP_FAILED_ = 17
 } MovoNetCBReason_e;
 

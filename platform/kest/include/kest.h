@@ -41,7 +41,8 @@ extern kest_debug_category* KEST_CAT_DEFAULT;
 /**
  * Starts the logger: sets the threshold from the environment variable `KEST_DEBUG` (one digit, 0 to 5).
  * Any other value, or none, leaves the threshold as it is. `KEST_DEBUG_KEYS=1` lets the log show keys. From now on
- * lines that repeat are counted, see `kest_debug_log`.
+ * lines that repeat are counted, see `kest_debug_log`. The logger works without this call: it writes errors, each line
+ * by itself, without keys.
  *
  * @param[in] name  The program's name; not used by this logger.
  */
