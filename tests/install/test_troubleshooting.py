@@ -8,7 +8,7 @@ import pytest
 from installing import NAMESPACES, REPOSITORY
 
 HANG_SECONDS = 600    # only ends a test that hangs
-LINE = re.compile(r"^[\d.]+ ERROR   \S+ \S+ \S+:\d+ (.*?) *$", re.M)
+LINE = re.compile(r"^[\d.]+ ERROR   \S+ \S+ \S+:\d+ (.*?)(?: \(No such file or directory\))? *$", re.M)
 ETHERNET = {"link:activate eth0 failed"}    # the world of this test has Wi-Fi alone
 
 

@@ -72,9 +72,10 @@ std::string Slow::measure(const std::string& name, ThreadKind kind, const std::f
     const std::int64_t before = set.waited(kind);
     action();
     set.settle();
+    m_kind = ThreadKind::Any;
+    const std::scoped_lock lock(m_mutex);
     const std::int64_t pauses = set.waited(kind) - before - std::int64_t{m_exchanges} * kExchangeMs;
     m_exchanges += television.supplicant.attached + television.supplicant.detached - attached;
-    m_kind = ThreadKind::Any;
     return "| " + name + " | " + seconds(std::int64_t{m_exchanges} * kExchangeMs + pauses) + " | " + parts(pauses) +
            " | " + list(m_held) + " | " + list(m_taken) + " |";
 }
@@ -95,12 +96,19 @@ std::vector<NamedLock> Slow::locks()
 
 void Slow::note(int& count)
 {
+    const std::scoped_lock lock(m_mutex);
     ++count;
     for (const NamedLock& each : m_locks) {
         if (set.holds(*each.lock)) {
             m_held.insert(each.name);
         }
     }
+}
+
+void Slow::take(const char* name)
+{
+    const std::scoped_lock lock(m_mutex);
+    m_taken.insert(name);
 }
 
 /** Each exchange takes its longest, and what is tried again when the supplicant is busy is refused once. */
@@ -112,6 +120,7 @@ void Slow::slowSupplicant()
         }
         note(m_exchanges);
         set.spend(kExchangeMs);
+        const std::scoped_lock lock(m_mutex);
         const bool isQuestion =
             command == "ADD_NETWORK" || command == "SCAN_RESULTS" || command.starts_with("WPS_PIN any");
         m_busy = !m_busy && !isQuestion;
@@ -123,6 +132,7 @@ void Slow::slowSupplicant()
 
 void Slow::slowMachine()
 {
+    const std::scoped_lock lock(m_mutex);
     m_locks = locks();
     for (const auto& [call, count] : {std::pair{Call::System, &m_commands},
                                       {Call::Popen, &m_commands},
@@ -136,7 +146,7 @@ void Slow::slowMachine()
                   .object = each.lock,
                   .size = sizeof(*each.lock),
                   .thread = m_kind,
-                  .does = [this, name = each.name] { m_taken.insert(name); },
+                  .does = [this, name = each.name] { take(name); },
                   .mayMiss = true});
     }
 }

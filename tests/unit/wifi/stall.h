@@ -5,7 +5,9 @@
 #include "names.h"
 #include "television.h"
 
+#include <atomic>
 #include <functional>
+#include <mutex>
 #include <set>
 #include <string>
 #include <vector>
@@ -40,11 +42,13 @@ struct Slow {
 private:
     std::vector<NamedLock> locks();
     void note(int& count);
+    void take(const char* name);
     void slowSupplicant();
     void slowMachine();
     std::string parts(std::int64_t pauses) const;
 
-    sim::ThreadKind m_kind = sim::ThreadKind::Any;
+    std::atomic<sim::ThreadKind> m_kind = sim::ThreadKind::Any;
+    std::mutex m_mutex; ///< Guards all that follows: more than one thread may be of the kind.
     std::vector<NamedLock> m_locks;
     int m_exchanges = 0;
     int m_commands = 0;
