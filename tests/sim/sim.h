@@ -45,6 +45,12 @@ constexpr unsigned repetitions(unsigned count)
     return SIM_EMULATED ? count / 10 : count;
 }
 
+/** The same for seeds of long runs, of which the thread sanitizer takes a tenth, too. */
+constexpr unsigned seeds(unsigned count)
+{
+    return SIM_THREADS_ONLY ? count / 10 : repetitions(count);
+}
+
 class Set {
 public:
     /** With a seed other than 0, threads dawdle at their calls so that each seed gives another interleaving. */

@@ -3,7 +3,7 @@
 using namespace sim;
 
 namespace {
-constexpr unsigned kStartsOfABatch = repetitions(250);
+constexpr unsigned kStartsOfABatch = seeds(250);
 
 void bootAndLease(unsigned seed)
 {

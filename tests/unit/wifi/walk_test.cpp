@@ -21,7 +21,8 @@ using namespace wifi;
 
 namespace {
 constexpr int kSteps = 2000;
-constexpr unsigned kSeeds = sim::repetitions(50);
+constexpr unsigned kSeeds = sim::seeds(50);
+constexpr unsigned kSeedsTogether = 10;
 
 /** What a walk in a child of this process has seen: how far it came, and whether all held. */
 struct Report {
@@ -82,7 +83,7 @@ TEST_P(WalkTogether, HoldsWhatAlwaysHolds)
 {
     walkOrShorten([](const Trace& trace) { return walkTogether(trace, GetParam()); }, GetParam());
 }
-INSTANTIATE_TEST_SUITE_P(Seeds, WalkTogether, testing::Range(1U, kSeeds / 5 + 1U));
+INSTANTIATE_TEST_SUITE_P(Seeds, WalkTogether, testing::Range(1U, kSeedsTogether + 1U));
 
 TEST(AWalk, MeetsEveryEndOfAnAttempt)
 {
