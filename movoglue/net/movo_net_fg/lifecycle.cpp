@@ -2,6 +2,7 @@
 #include "movo_net_fl_eventloop/eventloop.h"
 #include "support/log.h"
 
+#include <optional>
 #include <pthread.h>
 
 using namespace movonet;
@@ -20,13 +21,13 @@ kest_bool s_bIsInitializing;
 int s_iLinkStatusEventHandle;
 
 /** Decides which of several callers starts the glue; held for that decision only. */
-pthread_mutex_t s_startDecision = PTHREAD_MUTEX_INITIALIZER;
+StaticMutex s_startDecision;
 
 enum class LoopThread { None, Running, Joining, Joined };
-pthread_mutex_t s_loopThreadLock = PTHREAD_MUTEX_INITIALIZER;
+StaticMutex s_loopThreadLock;
 pthread_cond_t s_loopThreadJoined = PTHREAD_COND_INITIALIZER;
-LoopThread s_loopThread = LoopThread::None; // guarded by s_loopThreadLock
-pthread_t s_eventLoopThreadId;              // guarded by s_loopThreadLock
+LoopThread s_loopThread MOVO_GUARDED_BY(s_loopThreadLock) = LoopThread::None;
+pthread_t s_eventLoopThreadId MOVO_GUARDED_BY(s_loopThreadLock);
 
 bool createLocks()
 {
@@ -35,11 +36,35 @@ bool createLocks()
 
 bool onLoopThread()
 {
-    (void)pthread_mutex_lock(&s_loopThreadLock);
-    const bool mine = s_loopThread != LoopThread::None && s_loopThread != LoopThread::Joined &&
-                      pthread_equal(s_eventLoopThreadId, pthread_self()) != 0;
-    (void)pthread_mutex_unlock(&s_loopThreadLock);
-    return mine;
+    const StaticLock lock(s_loopThreadLock);
+    return s_loopThread != LoopThread::None && s_loopThread != LoopThread::Joined &&
+           pthread_equal(s_eventLoopThreadId, pthread_self()) != 0;
+}
+
+/** The thread for whose end the caller has to wait; nothing when there is none, or somebody else waits already. */
+std::optional<pthread_t> claimJoin()
+{
+    const StaticLock lock(s_loopThreadLock);
+    if (s_loopThread != LoopThread::Running) {
+        return std::nullopt;
+    }
+    s_loopThread = LoopThread::Joining;
+    return s_eventLoopThreadId;
+}
+
+void announceJoin()
+{
+    const StaticLock lock(s_loopThreadLock);
+    s_loopThread = LoopThread::Joined;
+    (void)pthread_cond_broadcast(&s_loopThreadJoined);
+}
+
+void waitForJoin()
+{
+    StaticLock lock(s_loopThreadLock);
+    while (s_loopThread == LoopThread::Joining) {
+        lock.wait(s_loopThreadJoined);
+    }
 }
 
 /**
@@ -51,20 +76,12 @@ bool joinLoopThread()
     if (onLoopThread()) {
         return false;
     }
-    (void)pthread_mutex_lock(&s_loopThreadLock);
-    if (s_loopThread == LoopThread::Running) {
-        s_loopThread = LoopThread::Joining;
-        const pthread_t thread = s_eventLoopThreadId;
-        (void)pthread_mutex_unlock(&s_loopThreadLock);
-        (void)pthread_join(thread, nullptr);
-        (void)pthread_mutex_lock(&s_loopThreadLock);
-        s_loopThread = LoopThread::Joined;
-        (void)pthread_cond_broadcast(&s_loopThreadJoined);
+    if (const std::optional<pthread_t> thread = claimJoin()) {
+        (void)pthread_join(*thread, nullptr);
+        announceJoin();
+    } else {
+        waitForJoin();
     }
-    while (s_loopThread == LoopThread::Joining) {
-        (void)pthread_cond_wait(&s_loopThreadJoined, &s_loopThreadLock);
-    }
-    (void)pthread_mutex_unlock(&s_loopThreadLock);
     return true;
 }
 
@@ -74,13 +91,12 @@ bool startLoopThread()
     if (takeEventLoopFailure()) {
         (void)joinLoopThread(); // it could not begin, and would be waited for in vain
     }
-    (void)pthread_mutex_lock(&s_loopThreadLock);
+    const StaticLock lock(s_loopThreadLock);
     bool there = s_loopThread == LoopThread::Running || s_loopThread == LoopThread::Joining;
     if (!there && pthread_create(&s_eventLoopThreadId, nullptr, int_eventLoopThread, &s_bThreadTerminating) == 0) {
         s_loopThread = LoopThread::Running;
         there = true;
     }
-    (void)pthread_mutex_unlock(&s_loopThreadLock);
     return there;
 }
 
@@ -88,17 +104,15 @@ enum class Start { Mine, Others, Done };
 
 Start decideStart()
 {
-    (void)pthread_mutex_lock(&s_startDecision);
-    Start start = Start::Mine;
+    const StaticLock lock(s_startDecision);
     if (load(s_bIsInitializing)) {
-        start = Start::Others;
-    } else if (load(s_bIsInitDone)) {
-        start = Start::Done;
-    } else {
-        store(s_bIsInitializing, kTrue);
+        return Start::Others;
     }
-    (void)pthread_mutex_unlock(&s_startDecision);
-    return start;
+    if (load(s_bIsInitDone)) {
+        return Start::Done;
+    }
+    store(s_bIsInitializing, kTrue);
+    return Start::Mine;
 }
 
 // The ones below speak for the public functions whose steps they are.

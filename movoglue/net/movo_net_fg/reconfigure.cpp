@@ -16,15 +16,7 @@ constexpr LogModule kLog{"movo_net_fg", &movoglue_net_debug};
  * Held by a configuration thread for its whole life, so that two quick changes of one interface do not open its pipe
  * twice. Nobody else takes it, so it comes before every other lock.
  */
-pthread_mutex_t s_configuring = PTHREAD_MUTEX_INITIALIZER;
-
-class ConfiguringGuard {
-public:
-    ConfiguringGuard() { (void)pthread_mutex_lock(&s_configuring); }
-    ConfiguringGuard(const ConfiguringGuard&) = delete;
-    ConfiguringGuard& operator=(const ConfiguringGuard&) = delete;
-    ~ConfiguringGuard() { (void)pthread_mutex_unlock(&s_configuring); }
-};
+StaticMutex s_configuring;
 
 bool startDetached(void* (*body)(void*), void* arg)
 {
@@ -101,7 +93,7 @@ void* ConfigIPThread(void* arg)
         return nullptr;
     }
     auto* pIface = static_cast<MovoNetIface_t*>(arg);
-    const ConfiguringGuard guard;
+    const StaticLock lock(s_configuring);
     (void)SaveNetConfig();
     if (load(pIface->isActived) && configureActive(pIface, kNoForce) == kFail) {
         (void)NotifyApp(_MOVO_NET_CALLBACK_DHCP_FAILED_, pIface);

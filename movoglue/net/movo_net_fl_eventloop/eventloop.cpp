@@ -1,6 +1,7 @@
 #include "movo_net_fl_eventloop/eventloop.h"
 
 #include "support/atomic.h"
+#include "support/lock.h"
 #include "support/log.h"
 
 #include <cerrno>
@@ -29,8 +30,8 @@ MovoNetEventInt_t* eventList;          // guarded by eventListLock
 MovoNetEventInt_t* eventListToBeAdded; // guarded by eventListTodoLock
 int cur_handle;                        // guarded by eventListTodoLock
 kest_bool initDone;
-bool s_startFailed; // guarded by eventLoopInitLock
-pthread_mutex_t eventLoopInitLock = PTHREAD_MUTEX_INITIALIZER;
+StaticMutex eventLoopInitLock;
+bool s_startFailed MOVO_GUARDED_BY(eventLoopInitLock);
 pthread_cond_t eventLoopInitCond = PTHREAD_COND_INITIALIZER;
 
 template <typename Matches>
@@ -236,10 +237,9 @@ void announceStart(bool done)
     if (done) {
         store(initDone, kTrue);
     }
-    (void)pthread_mutex_lock(&eventLoopInitLock);
+    const StaticLock lock(eventLoopInitLock);
     s_startFailed = !done;
     (void)pthread_cond_broadcast(&eventLoopInitCond);
-    (void)pthread_mutex_unlock(&eventLoopInitLock);
 }
 } // namespace
 
@@ -257,19 +257,16 @@ RETURN_TYPE removeEventOf(int handle, RETURN_TYPE (*handler)(int, void*, kest_bo
 
 void waitForEventLoop()
 {
-    (void)pthread_mutex_lock(&eventLoopInitLock);
+    StaticLock lock(eventLoopInitLock);
     while (!load(initDone) && !s_startFailed) {
-        (void)pthread_cond_wait(&eventLoopInitCond, &eventLoopInitLock);
+        lock.wait(eventLoopInitCond);
     }
-    (void)pthread_mutex_unlock(&eventLoopInitLock);
 }
 
 bool takeEventLoopFailure()
 {
-    (void)pthread_mutex_lock(&eventLoopInitLock);
-    const bool failed = std::exchange(s_startFailed, false);
-    (void)pthread_mutex_unlock(&eventLoopInitLock);
-    return failed;
+    const StaticLock lock(eventLoopInitLock);
+    return std::exchange(s_startFailed, false);
 }
 } // namespace movonet
 

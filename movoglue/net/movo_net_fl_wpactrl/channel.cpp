@@ -26,7 +26,7 @@ constexpr int kLibraryTimeout = -2;
  * Held for one exchange with the client library, for opening and for closing: two requests at once would take each
  * other's reply, and the library counts its sockets without a lock. While it is held only launchLock is taken.
  */
-Mutex s_requestLock{Mutex::Kind::Plain};
+StaticMutex s_requestLock;
 
 using SocketPath = FixedText<328>;
 
@@ -34,7 +34,7 @@ using SocketPath = FixedText<328>;
  */
 wpa_ctrl* openConnection(const SocketPath& path)
 {
-    const ScopedLock lock(s_requestLock);
+    const StaticLock lock(s_requestLock);
     const NoLaunch untilClosedOnExec; // the library opens a socket that programs inherit
     wpa_ctrl* connection = wpa_ctrl_open(path.c_str());
     if (connection == nullptr) {
@@ -49,10 +49,16 @@ wpa_ctrl* openConnection(const SocketPath& path)
     return connection;
 }
 
+bool attach(wpa_ctrl* monitor)
+{
+    const StaticLock lock(s_requestLock);
+    return wpa_ctrl_attach(monitor) == 0;
+}
+
 void closeConnection(wpa_ctrl* connection)
 {
     if (connection != nullptr) {
-        const ScopedLock lock(s_requestLock);
+        const StaticLock lock(s_requestLock);
         wpa_ctrl_close(connection);
     }
 }
@@ -60,7 +66,7 @@ void closeConnection(wpa_ctrl* connection)
 /** The exchange itself; a connection that is closed fails like one whose peer is gone. */
 int request(Wpactrl_t& w, const char* cmd, char* buf, std::size_t* len, std::uint32_t& generation)
 {
-    const ScopedLock lock(s_requestLock);
+    const StaticLock lock(s_requestLock);
     generation = load(w.generation);
     wpa_ctrl* connection = load(w.ctrl_conn);
     if (connection == nullptr || load(w.ctrlClosed)) {
@@ -72,7 +78,7 @@ int request(Wpactrl_t& w, const char* cmd, char* buf, std::size_t* len, std::uin
 /** Closes the command connection that an exchange of that generation used; false when the link has changed since. */
 bool closeUsed(Wpactrl_t& w, std::uint32_t generation)
 {
-    const ScopedLock lock(s_requestLock);
+    const StaticLock lock(s_requestLock);
     if (load(w.generation) != generation) {
         return false;
     }
@@ -83,8 +89,7 @@ bool closeUsed(Wpactrl_t& w, std::uint32_t generation)
     return true;
 }
 
-/** The caller holds s_requestLock. */
-void exchangeConnection(Wpactrl_t& w, wpa_ctrl* connection)
+void exchangeConnection(Wpactrl_t& w, wpa_ctrl* connection) MOVO_REQUIRES(s_requestLock)
 {
     wpa_ctrl* old = load(w.ctrl_conn);
     if (old != nullptr && !load(w.ctrlClosed)) {
@@ -97,7 +102,7 @@ void exchangeConnection(Wpactrl_t& w, wpa_ctrl* connection)
 /** Gives a link of that generation its new connection; false when the link has changed since. */
 bool giveConnection(Wpactrl_t& w, wpa_ctrl* connection, std::uint32_t generation)
 {
-    const ScopedLock lock(s_requestLock);
+    const StaticLock lock(s_requestLock);
     if (load(w.generation) != generation) {
         return false;
     }
@@ -144,7 +149,7 @@ void closeCommandConnection(Wpactrl_t& w)
 
 void replaceCommandConnection(Wpactrl_t& w, wpa_ctrl* connection)
 {
-    const ScopedLock lock(s_requestLock);
+    const StaticLock lock(s_requestLock);
     exchangeConnection(w, connection);
 }
 
@@ -155,7 +160,7 @@ void closeMonitorConnection(Wpactrl_t& w)
 
 void detachMonitorConnection(Wpactrl_t& w)
 {
-    const ScopedLock lock(s_requestLock);
+    const StaticLock lock(s_requestLock);
     if (wpa_ctrl* monitor = load(w.mon_conn); monitor != nullptr) {
         (void)wpa_ctrl_detach(monitor);
     }
@@ -182,10 +187,7 @@ RETURN_TYPE Wpactrl_Init(Wpactrl_t* w, const char* ifname)
         closeConnection(command);
         return kFail;
     }
-    ScopedLock lock(s_requestLock);
-    const bool attached = wpa_ctrl_attach(monitor) == 0;
-    lock.unlock();
-    if (!attached) {
+    if (!attach(monitor)) {
         NET_ERROR("cannot attach to wpa_ctrl\n");
         closeConnection(command);
         closeConnection(monitor);

@@ -23,7 +23,7 @@ constexpr mode_t kResultMode = 0644;
 constexpr std::string_view kHeader = "bssid / frequency / signal level / flags / ssid";
 
 /** Held while the file has one update's results, until they are read. Nothing is taken while it is held. */
-Mutex s_resultFileLock{Mutex::Kind::Plain};
+StaticMutex s_resultFileLock;
 
 // The ones below are steps of int_Movo_Net_Wpactrl_ScanResult and speak for it.
 
@@ -58,7 +58,7 @@ RETURN_TYPE writeResults(const Reply& reply, CallSite at)
 /** Puts the results into the file and reads them from there; `read` is false when it cannot be opened again. */
 RETURN_TYPE passThroughFile(const Reply& reply, ScanTable& table, bool& read, CallSite at)
 {
-    const ScopedLock lock(s_resultFileLock);
+    const StaticLock lock(s_resultFileLock);
     if (writeResults(reply, at) != kOk) {
         return kFail;
     }

@@ -7,7 +7,7 @@
 #include <kest.h>
 
 namespace movonet {
-pthread_mutex_t launchLock = PTHREAD_MUTEX_INITIALIZER;
+StaticMutex launchLock;
 
 namespace {
 constexpr int kForkedAfterMs = 1000;
@@ -20,9 +20,8 @@ class Launch {
 public:
     Launch()
     {
-        (void)pthread_mutex_lock(&launchLock);
+        const StaticLock lock(launchLock);
         ++s_launches;
-        (void)pthread_mutex_unlock(&launchLock);
     }
     ~Launch() { --s_launches; }
     Launch(const Launch&) = delete;
@@ -48,7 +47,7 @@ std::FILE* readShell(const char* command)
 
 NoLaunch::NoLaunch()
 {
-    (void)pthread_mutex_lock(&launchLock);
+    launchLock.lock();
     for (int waited = 0; s_launches > 0 && waited < kForkedAfterMs; waited += kPollMs) {
         Kest_Util_Delay(kPollMs);
     }
@@ -56,6 +55,6 @@ NoLaunch::NoLaunch()
 
 NoLaunch::~NoLaunch()
 {
-    (void)pthread_mutex_unlock(&launchLock);
+    launchLock.unlock();
 }
 } // namespace movonet

@@ -2,8 +2,9 @@
 #ifndef MOVO_NET_SUPPORT_COMMAND_H
 #define MOVO_NET_SUPPORT_COMMAND_H
 
+#include "support/lock.h"
+
 #include <cstdio>
-#include <pthread.h>
 
 namespace movonet {
 /**
@@ -22,17 +23,17 @@ int runShell(const Text& command)
 std::FILE* readShell(const char* command);
 
 /** Taken for a moment by each launch of a command. */
-extern pthread_mutex_t launchLock;
+extern StaticMutex launchLock;
 
 /**
  * While it lives no command is launched: for a descriptor that is not close-on-exec from its first moment on. Before,
  * it waits for the commands that run, but no longer than a second: system() hides when it has forked, and after that
  * time it has. A command may hang, and may wait for the very thread that waits here.
  */
-class [[nodiscard]] NoLaunch {
+class [[nodiscard]] MOVO_SCOPED_LOCK NoLaunch {
 public:
-    NoLaunch();
-    ~NoLaunch();
+    NoLaunch() MOVO_ACQUIRE(launchLock);
+    ~NoLaunch() MOVO_RELEASE();
     NoLaunch(const NoLaunch&) = delete;
     NoLaunch& operator=(const NoLaunch&) = delete;
 };

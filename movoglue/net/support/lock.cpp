@@ -2,7 +2,7 @@
 
 namespace movonet {
 namespace {
-pthread_mutex_t s_making = PTHREAD_MUTEX_INITIALIZER;
+StaticMutex s_making;
 
 MutexError initialise(pthread_mutex_t& mutex, int type)
 {
@@ -23,13 +23,12 @@ MutexError initialise(pthread_mutex_t& mutex, int type)
 
 MutexError Mutex::make()
 {
-    (void)pthread_mutex_lock(&s_making);
+    const StaticLock making(s_making);
     MutexError error = MutexError::None;
     if (!m_made) {
         error = initialise(m_mutex, m_kind == Kind::Recursive ? PTHREAD_MUTEX_RECURSIVE : PTHREAD_MUTEX_DEFAULT);
         m_made = error == MutexError::None;
     }
-    (void)pthread_mutex_unlock(&s_making);
     return error;
 }
 

@@ -1,6 +1,8 @@
-/** Mutexes that can be taken away from their users, and the lock that holds one for a scope. */
+/** Two kinds of mutexes, one whose taking can fail and one whose taking cannot, and what holds them for a scope. */
 #ifndef MOVO_NET_SUPPORT_LOCK_H
 #define MOVO_NET_SUPPORT_LOCK_H
+
+#include "support/thread_safety.h"
 
 #include <atomic>
 #include <pthread.h>
@@ -45,7 +47,7 @@ private:
     pthread_mutex_t m_mutex = PTHREAD_MUTEX_INITIALIZER;
 };
 
-/** Holds a mutex until the end of the scope, if it could be taken: test it before going on. */
+/** Holds a Mutex until the end of the scope, if it could be taken: test it before going on. */
 class [[nodiscard]] ScopedLock {
 public:
     explicit ScopedLock(Mutex& mutex) : m_mutex(mutex.lock() ? &mutex : nullptr) {}
@@ -69,6 +71,37 @@ public:
 
 private:
     Mutex* m_mutex;
+};
+
+/** A mutex that is there from the start, lives as long as the process and is never retired: taking it cannot fail. */
+class MOVO_LOCK StaticMutex {
+public:
+    constexpr StaticMutex() = default;
+    StaticMutex(const StaticMutex&) = delete;
+    StaticMutex& operator=(const StaticMutex&) = delete;
+
+    void lock() MOVO_ACQUIRE() { (void)pthread_mutex_lock(&m_mutex); }
+    void unlock() MOVO_RELEASE() { (void)pthread_mutex_unlock(&m_mutex); }
+    /** For a condition to wait with. */
+    pthread_mutex_t& native() { return m_mutex; }
+
+private:
+    pthread_mutex_t m_mutex = PTHREAD_MUTEX_INITIALIZER;
+};
+
+/** Holds a StaticMutex until the end of the scope. */
+class MOVO_SCOPED_LOCK StaticLock {
+public:
+    explicit StaticLock(StaticMutex& mutex) MOVO_ACQUIRE(mutex) : m_mutex(mutex) { m_mutex.lock(); }
+    ~StaticLock() MOVO_RELEASE() { m_mutex.unlock(); }
+    StaticLock(const StaticLock&) = delete;
+    StaticLock& operator=(const StaticLock&) = delete;
+
+    /** Lets go of it until the condition is signalled, and takes it again. */
+    void wait(pthread_cond_t& condition) { (void)pthread_cond_wait(&condition, &m_mutex.native()); }
+
+private:
+    StaticMutex& m_mutex;
 };
 } // namespace movonet
 

@@ -1,10 +1,10 @@
 #include "support/slow.h"
 
+#include "support/lock.h"
 #include "support/text.h"
 
 #include <csignal>
 #include <ctime>
-#include <pthread.h>
 
 namespace movonet {
 /** One wait: its timer, made at first use and kept, and what it waits for. */
@@ -19,22 +19,24 @@ namespace {
 constexpr itimerspec kSlow{.it_interval = {}, .it_value = {.tv_sec = 5, .tv_nsec = 0}};
 constexpr itimerspec kDisarmed{};
 
-pthread_mutex_t s_waitsLock = PTHREAD_MUTEX_INITIALIZER;
-SlowWait s_waits[8]; // guarded by s_waitsLock
+StaticMutex s_waitsLock;
+SlowWait s_waits[8] MOVO_GUARDED_BY(s_waitsLock);
 
 /** Runs late, on a thread of libc: its wait may be free by then, or somebody else's whose time is not over. */
 void onSlow(sigval value)
 {
     auto* wait = static_cast<SlowWait*>(value.sival_ptr);
-    (void)pthread_mutex_lock(&s_waitsLock);
-    itimerspec left{};
-    const bool slow =
-        wait->busy && timer_gettime(wait->timer, &left) == 0 && left.it_value.tv_sec == 0 && left.it_value.tv_nsec == 0;
-    const FixedText<sizeof(wait->what)> what("%s", wait->what);
-    (void)pthread_mutex_unlock(&s_waitsLock);
-    if (slow) {
-        logSlow(what.c_str());
+    decltype(wait->what) what;
+    {
+        const StaticLock lock(s_waitsLock);
+        itimerspec left{};
+        if (!wait->busy || timer_gettime(wait->timer, &left) != 0 || left.it_value.tv_sec != 0 ||
+            left.it_value.tv_nsec != 0) {
+            return;
+        }
+        copyText(what, wait->what);
     }
+    logSlow(what);
 }
 
 bool makeTimer(SlowWait& wait)
@@ -49,7 +51,7 @@ bool makeTimer(SlowWait& wait)
     return wait.made;
 }
 
-SlowWait* takeWait()
+SlowWait* takeWait() MOVO_REQUIRES(s_waitsLock)
 {
     for (SlowWait& wait : s_waits) {
         if (!wait.busy && makeTimer(wait)) {
@@ -63,13 +65,12 @@ SlowWait* takeWait()
 
 SlowWatch::SlowWatch(const char* what)
 {
-    (void)pthread_mutex_lock(&s_waitsLock);
+    const StaticLock lock(s_waitsLock);
     m_wait = takeWait();
     if (m_wait != nullptr) {
         copyText(m_wait->what, what);
         (void)timer_settime(m_wait->timer, 0, &kSlow, nullptr);
     }
-    (void)pthread_mutex_unlock(&s_waitsLock);
 }
 
 SlowWatch::~SlowWatch()
@@ -77,9 +78,8 @@ SlowWatch::~SlowWatch()
     if (m_wait == nullptr) {
         return;
     }
-    (void)pthread_mutex_lock(&s_waitsLock);
+    const StaticLock lock(s_waitsLock);
     (void)timer_settime(m_wait->timer, 0, &kDisarmed, nullptr);
     m_wait->busy = false;
-    (void)pthread_mutex_unlock(&s_waitsLock);
 }
 } // namespace movonet

@@ -39,10 +39,10 @@ struct LateLaunch {
     LateLaunch(sim::Set& set, sim::Call call, std::function<void()> launch) : m_set(set), m_launch(std::move(launch))
     {
         const auto asks = [this] {
-            if (pthread_mutex_trylock(&launchLock) == EBUSY) {
+            if (pthread_mutex_trylock(&launchLock.native()) == EBUSY) {
                 stopsOrRuns.comes();
             } else {
-                (void)pthread_mutex_unlock(&launchLock);
+                (void)pthread_mutex_unlock(&launchLock.native());
             }
         };
         const auto begins = [this] {
