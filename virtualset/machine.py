@@ -152,7 +152,8 @@ class VirtualSet:
 
     def uptime(self):
         """Seconds of the machine's own clock since it booted."""
-        return float(self.check("cat /proc/uptime").split()[0])
+        self._commands.send(b"uptime")
+        return float(self._commands.read(self.patience(60)).split()[1])
 
     def wait_for(self, pattern, seconds, start=0):
         """The index of the first line of the log from `start` on that matches; TimeoutError when it does not come
@@ -237,7 +238,7 @@ class VirtualSet:
         return "there is no such thing"
 
     def _ask(self, command, seconds):
-        self._commands.send(b"%d %s" % (seconds, base64.b64encode(command.encode())))
+        self._commands.send(b"%d %s" % (seconds, _escaped(command.encode())))
         status, _, output = self._commands.read(self.patience(seconds)).partition(b" ")
         return int(status), base64.b64decode(output)
 
@@ -306,3 +307,10 @@ def _die_with_parent():
 
 def _quoted(text):
     return "'" + text.replace("'", "'\\''") + "'"
+
+
+def _escaped(text: bytes):
+    """A line that printf's %b turns back into the text."""
+    escapes = {ord("\\"): rb"\\", ord("\n"): rb"\n"}
+    plain = range(ord(" "), 127)
+    return b"".join(escapes.get(byte) or (b"%c" if byte in plain else rb"\0%03o") % byte for byte in text)
