@@ -121,7 +121,7 @@ def test_running_supplicant_is_adopted_and_the_next_one_started_for_the_chip(wif
 
 
 def test_supplicant_that_is_started_late_is_waited_for(wifi_tv):
-    wifi_tv.machine.check("pkill -KILL -x wpa_supplicant")
+    wifi_tv.machine.check("pkill -KILL -x wpa_supplicant; while pgrep -x wpa_supplicant > /dev/null; do sleep 0.1; done")
     wifi_tv.start()
     wifi_tv.expect("Wpa_supplicant is not running.wait_count 1$")
     wifi_tv.machine.check("/movo/board/start_supplicant")
