@@ -132,8 +132,9 @@ void Slow::slowSupplicant()
 
 void Slow::slowMachine()
 {
+    std::vector<NamedLock> found = locks(); // takes some of them
     const std::scoped_lock lock(m_mutex);
-    m_locks = locks();
+    m_locks = std::move(found);
     for (const auto& [call, count] : {std::pair{Call::System, &m_commands},
                                       {Call::Popen, &m_commands},
                                       {Call::Sync, &m_disks},
