@@ -1,6 +1,7 @@
 """What ./run shows: a television that boots, its log with the story beside it, and how it ends or goes on."""
 
 import argparse
+import contextlib
 import os
 import pathlib
 import shutil
@@ -54,6 +55,8 @@ def watch(tv, follower):
     follower.shown = True
     daemon = tv.spawn(f"env KEST_DEBUG=3 {RELEASE}/recovery/recovery_net")
     tv.run(f"/movo/virtualset/guest/commands/address eth0 & while kill -0 {daemon} && kill -0 $!; do sleep 0.2; done", 90)
+    with contextlib.suppress(TimeoutError):    # the client's route was there first, and makes way for the daemon's
+        tv.wait_for("set gateway to", 10)
     show_summary(tv)
     return online(tv)
 
