@@ -125,7 +125,7 @@ struct MovoNetEvent_t {
     RETURN_TYPE (*OnEventRev)(int fd, void* data, kest_bool isTimeout);
 };
 
-/** Tells whether the loop takes registrations. Any thread, no lock. */
+/** Says whether the loop takes registrations. Any thread, no lock. */
 kest_bool int_IsEventLoopInitDone(void);
 
 /**
