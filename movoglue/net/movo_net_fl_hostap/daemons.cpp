@@ -44,7 +44,7 @@ bool writeConfiguration(const Configuration& text, CallSite at)
     return true;
 }
 
-/** Runs one of the platform's switches; speaks for its caller. */
+/** Runs one of the platform's switches; logs under its caller's name. */
 int runSwitch(const FixedText<256>& command, CallSite at)
 {
     NET_LOG_AT(at, KEST_LEVEL_INFO, "HOSTAP :run dnsmasq \n"); // Deliberate: for either switch.

@@ -11,7 +11,7 @@ constexpr LogModule kLog{"movo_net_fl_hostap", &KEST_CAT_DEFAULT};
 
 constexpr const char* kMarker = "/data/wakeoncast";
 
-/** The chip's command, by whether a cast request may wake the set; speaks for its caller. */
+/** The chip's command, by whether a cast request may wake the set; logs under its caller's name. */
 const char* wakeCommand(CallSite at)
 {
     if (access(kMarker, F_OK) != 0) {

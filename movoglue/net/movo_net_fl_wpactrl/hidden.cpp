@@ -29,7 +29,8 @@ RETURN_TYPE restartScan(MovoNetIface_t* pIface, Wpactrl_t* w, CallSite at)
     return result;
 }
 
-/** Marks the search, unless a join has taken its network's place since there were `attempts`; speaks for its caller. */
+/** Marks the search, unless a join has taken its network's place since there were `attempts`; logs under its caller's
+ * name. */
 RETURN_TYPE markSearch(Wpactrl_t& w, std::uint32_t attempts, CallSite at)
 {
     const ScopedLock lock(w.lock);
@@ -43,7 +44,7 @@ RETURN_TYPE markSearch(Wpactrl_t& w, std::uint32_t attempts, CallSite at)
     return kOk;
 }
 
-/** Describes the network that is looked for; speaks for its caller. */
+/** Describes the network that is looked for; logs under its caller's name. */
 RETURN_TYPE sendProbeNetwork(Wpactrl_t* w, int id, const char* ssid, CallSite at)
 {
     CommandSequence sequence(w, at);

@@ -122,7 +122,7 @@ TEST_F(WifiContract, KeepsTakingAJoinAlongThatABadKeyHasBegun)
     EXPECT_EQ(fact(Movo_NET_WifiIsReconnecting), 0);
     EXPECT_EQ(sent(television.supplicant).back(), "REMOVE_NETWORK ALL");
     television.set.grantTicks(301);
-    EXPECT_CALLBACKS(television.set, {}); // nobody tells of that join
+    EXPECT_CALLBACKS(television.set, {}); // nobody reports that join
 }
 
 TEST_F(WifiContract, KeepsALeaveInsideTheLossOfTheNetworkReconnecting)
