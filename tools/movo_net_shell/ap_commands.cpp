@@ -1,20 +1,40 @@
+#include "ap_commands.h"
+
 #include "calls.h"
 #include "text.h"
 
+#include <chrono>
 #include <cstring>
+#include <optional>
 
 namespace shell {
+std::string notUp(std::chrono::seconds since)
+{
+    constexpr std::chrono::seconds kLongestStart{30}; // 20 s of it for the name
+    return "started " + std::to_string(since.count()) + " s ago and not up" +
+           (since < kLongestStart ? " yet: it may take half a minute"
+                                  : ": it failed; the log names the step and what its program said");
+}
+
 namespace {
+using Clock = std::chrono::steady_clock;
 constexpr auto kSubject = "softap";
+
+std::optional<Clock::time_point> s_started; // by this shell, and not stopped since
 
 Outcome start(Console& console, Arguments /*arguments*/)
 {
-    console.result(Movo_Net_WiFi_HostAP_Start(kAppId));
+    const RETURN_TYPE result = Movo_Net_WiFi_HostAP_Start(kAppId);
+    if (result == 0) {
+        s_started = Clock::now();
+    }
+    console.result(result);
     return Outcome::Done;
 }
 
 Outcome stop(Console& console, Arguments /*arguments*/)
 {
+    s_started.reset();
     console.result(Movo_Net_WiFi_HostAP_Stop(kAppId));
     return Outcome::Done;
 }
@@ -28,7 +48,12 @@ std::string bssidText(const MovoHotspotconfig_t& config)
 
 Outcome status(Console& console, Arguments /*arguments*/)
 {
-    console.answer(Movo_Net_WiFi_HostAP_Status(kAppId));
+    const auto isUp = Movo_Net_WiFi_HostAP_Status(kAppId);
+    console.answer(isUp);
+    if (isUp == 0 && s_started) {
+        const auto since = std::chrono::duration_cast<std::chrono::seconds>(Clock::now() - *s_started);
+        console.print("  %s\n", notUp(since).c_str());
+    }
     MovoHotspotconfig_t config{};
     if (Movo_Net_WiFi_HostAP_Config(kAppId, &config) == 0) {
         console.print("  network  %s\n", printable(config.Ssid).c_str());

@@ -1,6 +1,7 @@
 /** The soft access point's device as the shell shows it. */
 #include "fake_net.h"
 #include "play.h"
+#include "tools/movo_net_shell/ap_commands.h"
 
 #include <cstring>
 #include <gtest/gtest.h>
@@ -77,4 +78,16 @@ TEST(ShellAccessPoint, StatusTellsThatItIsUp)
 {
     fake::returns("Movo_Net_WiFi_HostAP_Status", 1);
     EXPECT_TRUE(play("ap status\n").output.starts_with("1 yes\n  network  "));
+}
+
+TEST(ShellAccessPoint, SaysHowLongAStartHasBeenWithoutEffect)
+{
+    using namespace std::chrono_literals;
+    EXPECT_EQ(shell::notUp(29s), "started 29 s ago and not up yet: it may take half a minute");
+    EXPECT_EQ(shell::notUp(30s),
+              "started 30 s ago and not up: it failed; the log names the step and what its program said");
+    fake::returns("Movo_Net_WiFi_HostAP_Status", 0);
+    EXPECT_NE(play("ap start\nap status\n").output.find(" s ago and not up yet"), std::string::npos);
+    EXPECT_EQ(play("ap start\nap stop\nap status\n").output.find("not up"), std::string::npos);
+    EXPECT_EQ(play("ap status\n").output.find("not up"), std::string::npos) << "nobody has started it";
 }
